@@ -1,0 +1,19 @@
+#include "EndOfLifeBag.h"
+
+#include "commons/Log.h"
+
+EndOfLifeBag::~EndOfLifeBag()
+{
+    if (!closures)
+        return;
+    Log::line(u"disposing of end of life bag");
+    for (const auto &closure : *closures)
+        closure();
+}
+
+void EndOfLifeBag::add(std::function<void()> closure)
+{
+    if (!closures)
+        closures.emplace();
+    closures->push_back(std::move(closure));
+}

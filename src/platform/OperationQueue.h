@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Operation.h"
+
+#include <QList>
+#include <QString>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+// Quality-of-service classes, kept as data: Linux threads of one process share one scheduler class.
+enum class QualityOfService : int {
+    UserInteractive = 33,
+    UserInitiated = 25,
+    Utility = 17,
+    Background = 9,
+    Default = -1,
+};
+
+// A named queue of operations run by up to maxConcurrentOperationCount worker threads. Higher
+// queue priorities start before waiting lower ones; equal priorities start in the order added.
+class OperationQueue
+{
+public:
+    OperationQueue(QString name, int maxConcurrentOperationCount,
+                   QualityOfService qualityOfService = QualityOfService::Default);
+    ~OperationQueue();
+
+    OperationQueue(const OperationQueue &) = delete;
+    OperationQueue &operator=(const OperationQueue &) = delete;
+
+    const QString &name() const { return m_name; }
+    QualityOfService qualityOfService() const { return m_qualityOfService; }
+    int maxConcurrentOperationCount() const;
+    void setMaxConcurrentOperationCount(int count);
+
+    void addOperation(OperationPtr operation);
+    void addOperation(std::function<void()> block);
+    void cancelAllOperations();
+
+    // Running operations first (in start order), then waiting ones in the order they will start.
+    QList<OperationPtr> operations() const;
+    int operationCount() const;
+    void waitUntilAllOperationsAreFinished();
+
+private:
+    void workerLoop();
+    void insertWaiting(OperationPtr operation);
+
+    const QString m_name;
+    const QualityOfService m_qualityOfService;
+    // Owned by m_mutex: everything below.
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::condition_variable m_idle;
+    int m_width;
+    std::deque<OperationPtr> m_waiting;
+    std::vector<OperationPtr> m_running;
+    std::vector<std::thread> m_workers;
+    bool m_stopping = false;
+};

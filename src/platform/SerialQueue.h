@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QString>
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+// A labelled FIFO executor that runs one block at a time, with asynchronous and synchronous
+// submission. A synchronous block runs on the caller's thread once everything queued before it
+// has run, as a serial dispatch queue does; nothing else runs on the queue meanwhile.
+class SerialQueue
+{
+public:
+    explicit SerialQueue(QString label);
+    ~SerialQueue();
+
+    SerialQueue(const SerialQueue &) = delete;
+    SerialQueue &operator=(const SerialQueue &) = delete;
+
+    const QString &label() const { return m_label; }
+
+    void async(std::function<void()> block);
+    void sync(const std::function<void()> &block);
+
+    template<typename T>
+    T syncValue(const std::function<T()> &block)
+    {
+        T result {};
+        sync([&] { result = block(); });
+        return result;
+    }
+
+    // True while the calling thread runs a block of this queue (used to catch self-deadlock).
+    bool isCurrent() const;
+
+private:
+    struct Task
+    {
+        std::function<void()> block;
+        std::shared_ptr<struct SyncHandOver> handOver;
+    };
+
+    void workerLoop();
+    void runGuarded(const std::function<void()> &block);
+
+    const QString m_label;
+    // Owned by m_mutex: everything below.
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::deque<Task> m_tasks;
+    bool m_busy = false;
+    bool m_stopping = false;
+    std::thread m_worker;
+};

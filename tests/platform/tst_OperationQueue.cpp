@@ -1,0 +1,153 @@
+#include "platform/OperationQueue.h"
+
+#include <QTest>
+
+#include <atomic>
+#include <mutex>
+#include <vector>
+
+namespace {
+// Blocks its worker until released, so that the queue's waiting list can be inspected.
+class GateOperation : public Operation
+{
+public:
+    void main() override
+    {
+        std::unique_lock lock(mutex);
+        started = true;
+        startedChanged.notify_all();
+        released.wait(lock, [&] { return open; });
+    }
+    void waitStarted()
+    {
+        std::unique_lock lock(mutex);
+        startedChanged.wait(lock, [&] { return started; });
+    }
+    void release()
+    {
+        std::lock_guard lock(mutex);
+        open = true;
+        released.notify_all();
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable released, startedChanged;
+    bool open = false;
+    bool started = false;
+};
+
+class RecordingOperation : public Operation
+{
+public:
+    RecordingOperation(std::vector<int> &log, std::mutex &mutex, int id)
+        : log(log)
+        , mutex(mutex)
+        , id(id)
+    { }
+    void main() override
+    {
+        std::lock_guard lock(mutex);
+        log.push_back(id);
+    }
+    std::vector<int> &log;
+    std::mutex &mutex;
+    int id;
+};
+} // namespace
+
+class tst_OperationQueue : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void priorityThenFifoOrder();
+    void operationsListsRunningFirstThenWaiting();
+    void cancelAllSkipsWaitingAndFlagsRunning();
+    void widthLimitsConcurrency();
+};
+
+void tst_OperationQueue::priorityThenFifoOrder()
+{
+    OperationQueue queue(QStringLiteral("test"), 1, QualityOfService::UserInitiated);
+    QCOMPARE(queue.qualityOfService(), QualityOfService::UserInitiated);
+    auto gate = std::make_shared<GateOperation>();
+    queue.addOperation(gate);
+    gate->waitStarted();
+
+    std::vector<int> log;
+    std::mutex mutex;
+    const int priorities[]
+        = {Operation::Normal, Operation::High, Operation::Normal, Operation::High, Operation::Low};
+    for (int i = 0; i < 5; ++i) {
+        auto op = std::make_shared<RecordingOperation>(log, mutex, i);
+        op->setQueuePriority(priorities[i]);
+        queue.addOperation(op);
+    }
+    gate->release();
+    queue.waitUntilAllOperationsAreFinished();
+    QCOMPARE(log, (std::vector<int> {1, 3, 0, 2, 4}));
+    QCOMPARE(queue.operationCount(), 0);
+}
+
+void tst_OperationQueue::operationsListsRunningFirstThenWaiting()
+{
+    OperationQueue queue(QStringLiteral("test"), 1);
+    auto gate = std::make_shared<GateOperation>();
+    auto waiting = std::make_shared<BlockOperation>([] {});
+    queue.addOperation(gate);
+    gate->waitStarted();
+    queue.addOperation(waiting);
+    const QList<OperationPtr> listed = queue.operations();
+    QCOMPARE(listed.size(), 2);
+    QCOMPARE(listed.first(), OperationPtr(gate));
+    QVERIFY(listed.first()->isExecuting());
+    QCOMPARE(listed.last(), OperationPtr(waiting));
+    gate->release();
+    queue.waitUntilAllOperationsAreFinished();
+    QVERIFY(waiting->isFinished());
+}
+
+void tst_OperationQueue::cancelAllSkipsWaitingAndFlagsRunning()
+{
+    OperationQueue queue(QStringLiteral("test"), 1);
+    auto gate = std::make_shared<GateOperation>();
+    std::atomic_bool waitingRan = false;
+    auto waiting = std::make_shared<BlockOperation>([&] { waitingRan = true; });
+    queue.addOperation(gate);
+    gate->waitStarted();
+    queue.addOperation(waiting);
+    queue.cancelAllOperations();
+    QVERIFY(gate->isCancelled());
+    gate->release();
+    queue.waitUntilAllOperationsAreFinished();
+    QVERIFY(!waitingRan);
+    QVERIFY(waiting->isFinished());
+
+    // Operations added after the cancellation run normally.
+    std::atomic_bool laterRan = false;
+    queue.addOperation([&] { laterRan = true; });
+    queue.waitUntilAllOperationsAreFinished();
+    QVERIFY(laterRan);
+}
+
+void tst_OperationQueue::widthLimitsConcurrency()
+{
+    OperationQueue queue(QStringLiteral("test"), 3);
+    std::atomic_int inside = 0, peak = 0;
+    for (int i = 0; i < 30; ++i) {
+        queue.addOperation([&] {
+            const int now = ++inside;
+            int expected = peak.load();
+            while (now > expected && !peak.compare_exchange_weak(expected, now)) { }
+            QTest::qSleep(5);
+            --inside;
+        });
+    }
+    queue.waitUntilAllOperationsAreFinished();
+    QVERIFY(peak.load() <= 3);
+    QVERIFY(peak.load() >= 2);
+}
+
+QTEST_GUILESS_MAIN(tst_OperationQueue)
+#include "tst_OperationQueue.moc"
