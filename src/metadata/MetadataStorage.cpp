@@ -10,10 +10,9 @@ constexpr qint64 referenceDateMSecsSinceEpoch = 978307200000;
 } // namespace
 
 MetadataStorage::MetadataStorage()
-    : m_serialQueue(QStringLiteral("metadatastorage"))
     // Composite first, then ExifTool's overall result, its groups with XMP between RIFF and
     // QuickTime, the catch-all, the search index and the platform image reader last.
-    , m_preferredSourceOrder {MetadataSource::Composite, MetadataSource::ExifToolGeneric,
+    : m_preferredSourceOrder {MetadataSource::Composite, MetadataSource::ExifToolGeneric,
                               MetadataSource::Exif,      MetadataSource::IPTC,
                               MetadataSource::JFIF,      MetadataSource::JPEG,
                               MetadataSource::JPEG2000,  MetadataSource::PNG,
@@ -28,6 +27,7 @@ MetadataStorage::MetadataStorage()
                               MetadataSource::GIF,       MetadataSource::Photoshop,
                               MetadataSource::Other,     MetadataSource::Spotlight,
                               MetadataSource::ImageIO}
+    , m_serialQueue(QStringLiteral("metadatastorage"))
 { }
 
 MetadataStorage &MetadataStorage::shared()

@@ -86,7 +86,6 @@ private:
     std::optional<quint32> keyIdForReading(const QString &key) const;
 
     StringPool m_stringPool;
-    SerialQueue m_serialQueue;
     // Owned by m_serialQueue: everything below up to m_itemCounter.
     QHash<QString, PathMetadataContainer> m_metadataForPath;
     QHash<QString, quint32> m_keyIds;
@@ -95,4 +94,7 @@ private:
     // clear() and its run is lost; the status line only needs it roughly.
     std::atomic<qint64> m_itemCounter = 0;
     const QList<MetadataSource> m_preferredSourceOrder;
+    // Declared last so that it is destroyed first: its worker finishes the queued stores while
+    // the maps they write to still exist.
+    SerialQueue m_serialQueue;
 };

@@ -42,6 +42,7 @@ private slots:
     void clearForgetsEverythingButKeepsThePool();
     void storesFromManyThreadsAllArrive();
     void markerFoundMeansValuesFound();
+    void destructionFinishesQueuedStores();
 };
 
 void tst_MetadataStorage::sharedInstanceIsOne()
@@ -416,6 +417,15 @@ void tst_MetadataStorage::markerFoundMeansValuesFound()
 
     QCOMPARE(missing.load(), 0);
     QCOMPARE(markersSeen.load(), writerCount * pathsPerWriter);
+}
+
+void tst_MetadataStorage::destructionFinishesQueuedStores()
+{
+    // The queued blocks write into the maps, so these must outlive the queue's worker.
+    auto storage = std::make_unique<MetadataStorage>();
+    for (int i = 0; i < 20000; ++i)
+        storage->store(path + QString::number(i % 50), MetadataSource::Exif, u"k"_s, i);
+    storage.reset();
 }
 
 QTEST_GUILESS_MAIN(tst_MetadataStorage)
