@@ -41,14 +41,14 @@ std::optional<QString> TagManager::localizedAbbreviation(DescriptiveTagSpace spa
     case DescriptiveTagSpace::Basic:
     case DescriptiveTagSpace::Size:
         return std::nullopt;
-    //: Descriptive Tag Space Abbreviation
     case DescriptiveTagSpace::EXIF:
+        //: Descriptive Tag Space Abbreviation
         return tr("EXIF");
-    //: Descriptive Tag Space Abbreviation
     case DescriptiveTagSpace::GPS:
+        //: Descriptive Tag Space Abbreviation
         return tr("GPS");
-    //: Descriptive Tag Space Abbreviation
     case DescriptiveTagSpace::IPTC:
+        //: Descriptive Tag Space Abbreviation
         return tr("IPTC");
     }
     return std::nullopt;

@@ -195,6 +195,7 @@ const std::array<std::span<const char *const>, 6> columnIDsByCategoryLists = {
 
 // The one source of each key. Everything else is reached only by naming its source.
 const KeySourceRow keySourceRows[] = {
+    // The file system's; "size" is the sort key and has neither a display name nor a category.
     {"size_in_bytes", MetadataSource::Basic},
     {"human_readable_size", MetadataSource::Basic},
     {"size_in_kb", MetadataSource::Basic},
@@ -211,6 +212,7 @@ const KeySourceRow keySourceRows[] = {
     {"parent", MetadataSource::Basic},
     {"tags", MetadataSource::Basic},
     {"full_path_name_length", MetadataSource::Basic},
+    // ExifTool's overall result, the derived values and the two summary flags.
     {"GeolocationCity", MetadataSource::ExifToolGeneric},
     {"GeolocationCountry", MetadataSource::ExifToolGeneric},
     {"GeolocationRegion", MetadataSource::ExifToolGeneric},
@@ -269,6 +271,8 @@ const KeySourceRow keySourceRows[] = {
     {"dateadded", MetadataSource::ExifToolGeneric},
     {"GPSDataAvailable", MetadataSource::ExifToolGeneric},
     {"IPTCDataComplete", MetadataSource::ExifToolGeneric},
+    // The search index's attributes. Its lower-case "country" is left out on purpose, so that
+    // the column always reads as not present.
     {"downloadDate", MetadataSource::Spotlight},
     {"timestamp", MetadataSource::Spotlight},
     {"title", MetadataSource::Spotlight},
@@ -415,7 +419,7 @@ const DisplayNameRow ownColumnNames[] = {
     {"XMPGPSLongitude#", QT_TRANSLATE_NOOP("TagManager", "Longitude")},
 };
 
-// Content hashes, translated under their own comment.
+// Content hashes of the file.
 const DisplayNameRow hashColumnNames[] = {
     {"md5", QT_TRANSLATE_NOOP("TagManager", "MD5 Hash")},
     {"sha1", QT_TRANSLATE_NOOP("TagManager", "SHA1 Hash")},
