@@ -86,7 +86,7 @@ private:
     std::optional<quint32> keyIdForReading(const QString &key) const;
 
     StringPool m_stringPool;
-    // Owned by m_serialQueue: everything below up to m_itemCounter.
+    // Owned by m_serialQueue: the three containers below.
     QHash<QString, PathMetadataContainer> m_metadataForPath;
     QHash<QString, quint32> m_keyIds;
     QStringList m_keys;
