@@ -46,6 +46,9 @@ my ($path, $none, @encoded) = @ARGV;
 fail(2, 'Error: usage: set_tag.pl PATH <none> TAG BASE64-VALUE ...') unless defined $none;
 fail(2, 'Error: tags and values must come in pairs') if @encoded % 2;
 fail(1, 'Error: File not found') unless -e $path;
+# ExifTool would replace a read-only file through its rename; the user made it read-only, so
+# leave it alone. A file without any write bit counts as read-only even for root.
+fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;
 
 my @pairs;
 for (my $i = 0; $i < @encoded; $i += 2) {
@@ -162,10 +165,16 @@ if ($needsUTF8) {
     }
 }
 
+$! = 0;
 my $result = $et->WriteInfo($path);
+my $cause = "$!";
 my $error = $et->GetValue('Error');
 if ($result == 0 or $error) {
     $error = 'Error writing file' unless $error;
-    fail(1, "Error: $error - $path");
+    # ExifTool names the file step that failed but not why; the system's reason tells a full
+    # disk or a refused folder apart.
+    $error =~ s/:\s*\Q$path\E\S*//;
+    $error .= " ($cause)" if $cause and $error =~ /^Error (?:creating|writing|renaming|opening)/;
+    fail(1, "Error: $error");
 }
 exit 0;
