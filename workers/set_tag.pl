@@ -13,6 +13,7 @@
 use strict;
 use warnings;
 
+use Cwd ();
 use FindBin;
 use MIME::Base64 qw(decode_base64);
 
@@ -46,6 +47,9 @@ my ($path, $none, @encoded) = @ARGV;
 fail(2, 'Error: usage: set_tag.pl PATH <none> TAG BASE64-VALUE ...') unless defined $none;
 fail(2, 'Error: tags and values must come in pairs') if @encoded % 2;
 fail(1, 'Error: File not found') unless -e $path;
+# ExifTool renames its copy over the path it is given, which would turn a symbolic link into a
+# file of its own; write the file the link points to instead.
+$path = Cwd::abs_path($path) if -l $path;
 # ExifTool would replace a read-only file through its rename; the user made it read-only, so
 # leave it alone. A file without any write bit counts as read-only even for root.
 fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;

@@ -139,7 +139,8 @@ bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tag
     if (run.killedBySignal) {
         // A worker stopped before its rename leaves ExifTool's temporary copy beside the file,
         // where scans would list it and the next write would refuse to start.
-        QFile::remove(path + QStringLiteral("_exiftool_tmp"));
+        const QString written = info.isSymLink() ? info.canonicalFilePath() : path;
+        QFile::remove(written + QStringLiteral("_exiftool_tmp"));
     } else if (run.terminationStatus == 0) {
         reapplyExistingAttributes(attributes, path);
         return true;

@@ -132,6 +132,7 @@ private slots:
     void failureLeavesFileUntouched();
 
     void workerKilledMidWriteLeavesFileUntouched();
+    void writeThroughSymbolicLinkKeepsTheLink();
 
     void argumentsCarryValuesInBase64_data();
     void argumentsCarryValuesInBase64();
@@ -242,6 +243,14 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
         QTest::newRow("png: GPS and city")
             << u"png"_s << (southEast + QStringList {u"City"_s, u"Zürich"_s}) << expected
             << (gpsNames + QStringList {u"City"_s, u"ApplicationRecordVersion"_s});
+    }
+    {
+        // An empty expectation means absent: MWG edits IPTC only where a record exists.
+        const Expected expected = {{u"XMP-photoshop:City"_s, u"東京"_s},
+                                   {u"IPTC:City"_s, QString()},
+                                   {u"IPTC:CodedCharacterSet"_s, QString()}};
+        QTest::newRow("png: MWG city outside Latin-1 adds no IPTC")
+            << u"png"_s << QStringList {u"MWG:City"_s, u"東京"_s} << expected << mwgNames;
     }
     {
         Expected expected = southEastInExif;
@@ -504,6 +513,27 @@ void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched()
     QCOMPARE(message.value_or(QString()), u"Unknown error (exit code 9)"_s);
     QCOMPARE(fileHash(path), bytesBefore);
     QCOMPARE(entriesOf(directory), QStringList {u"large.tif"_s});
+}
+
+void tst_ExifWriteManager::writeThroughSymbolicLinkKeepsTheLink()
+{
+    const QString directory = freshDirectory();
+    const QString target = directory + u"/target.jpg"_s;
+    const QString link = directory + u"/link.jpg"_s;
+    const QString made = makeFixture(target);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
+    QVERIFY(QFile::link(u"target.jpg"_s, link));
+    const timespec before = {1299215167, 123456789};
+    setModificationTime(target, before);
+
+    std::optional<QString> message;
+    QVERIFY(ExifWriteManager::shared().setTagsOfFile(link, {u"City"_s, u"Zürich"_s}, message));
+
+    QVERIFY(QFileInfo(link).isSymLink());
+    QCOMPARE(QFileInfo(link).symLinkTarget(), QFileInfo(target).absoluteFilePath());
+    QCOMPARE(dumpValue(numericValues(target).value(u"IPTC:City"_s)), u"Zürich"_s);
+    QVERIFY(sameTime(modificationTime(target), before));
+    QCOMPARE(entriesOf(directory), (QStringList {u"link.jpg"_s, u"target.jpg"_s}));
 }
 
 void tst_ExifWriteManager::argumentsCarryValuesInBase64_data()
