@@ -1,5 +1,7 @@
 #include "PreviewListModel.h"
 
+#include "metadata/TagManager.h"
+
 #include <QCoreApplication>
 
 class PreviewListModel::RowObserver : public DataIsReadyObserver
@@ -63,7 +65,7 @@ QVariant PreviewListModel::headerData(int section, Qt::Orientation orientation, 
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section >= m_keys.size())
         return {};
-    return m_keys.at(section);
+    return TagManager::shared().displayName(m_keys.at(section));
 }
 
 void PreviewListModel::setNodes(const QList<NodePtr> &nodes)
