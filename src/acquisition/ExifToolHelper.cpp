@@ -158,3 +158,61 @@ bool ExifToolHelper::isQuickTimeFamily(QStringView fileExtension)
 {
     return quickTimeFamily().contains(fileExtension.toString().toUpper());
 }
+
+namespace {
+
+// Divergence flags count only as the text "1".
+bool flagIsSet(const ExifToolHelper::KeyLookup &valueOf, const QString &key)
+{
+    return valueOf(key) == u"1"_s;
+}
+
+} // namespace
+
+ExifToolHelper::GPSStatusDecision ExifToolHelper::decideGPSStatus(QStringView fileExtension,
+                                                                  const KeyLookup &valueOf)
+{
+    // Only presence counts, not the values.
+    const bool longitude = valueOf(u"GPSLongitude#"_s).has_value();
+    const bool latitude = valueOf(u"GPSLatitude#"_s).has_value();
+    const bool longitudeRef = valueOf(u"GPSLongitudeRef"_s).has_value();
+    const bool latitudeRef = valueOf(u"GPSLatitudeRef"_s).has_value();
+
+    GPSStatusDecision decision {None, false};
+    if (isQuickTimeFamily(fileExtension)) {
+        if (longitude && latitude)
+            decision = {Complete, true};
+        else if (longitude || latitude)
+            decision = {Incomplete, false};
+    } else {
+        const int present = int(longitude) + int(latitude) + int(longitudeRef) + int(latitudeRef);
+        if (present == 4)
+            decision = {Complete, true};
+        else if (present > 0)
+            decision = {Incomplete, false};
+    }
+    if (flagIsSet(valueOf, u"GPSDivergent"_s))
+        decision.status = Divergent;
+    return decision;
+}
+
+ExifToolHelper::LocationStatus ExifToolHelper::decideIPTCStatus(const KeyLookup &valueOf)
+{
+    const bool city = valueOf(u"City"_s).has_value();
+    const bool country = valueOf(u"Country"_s).has_value();
+    const bool state = valueOf(u"Province-State"_s).has_value();
+    const bool sublocation = valueOf(u"Sub-location"_s).has_value();
+
+    // The sub-location isn't needed for a complete location.
+    LocationStatus status = None;
+    if (city && country && state)
+        status = Complete;
+    else if (city || country || state || sublocation)
+        status = Incomplete;
+    for (const QString &flag : {u"CityDivergent"_s, u"CountryDivergent"_s, u"StateDivergent"_s,
+                                u"SublocationDivergent"_s}) {
+        if (flagIsSet(valueOf, flag))
+            return Divergent;
+    }
+    return status;
+}

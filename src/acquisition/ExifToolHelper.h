@@ -1,9 +1,12 @@
 #pragma once
 
+#include <QString>
 #include <QStringList>
 #include <QStringView>
 
+#include <functional>
 #include <mutex>
+#include <optional>
 
 // The vocabulary of the ExifTool reader: which tags the worker is asked for, which file types
 // are worth asking about, and which of them keep their position the QuickTime way.
@@ -24,6 +27,19 @@ public:
     // Movie and sound files whose position is one signed pair, without reference tags.
     static const QStringList &quickTimeFamily();
     static bool isQuickTimeFamily(QStringView fileExtension);
+
+    // The values of GPSDataAvailable and IPTCDataComplete.
+    enum LocationStatus : int { None = 0, Complete = 1, Incomplete = 2, Divergent = 3 };
+    // A file's ExifTool value of a key at the generic source, or absent.
+    using KeyLookup = std::function<std::optional<QString>(const QString &key)>;
+    struct GPSStatusDecision
+    {
+        LocationStatus status;
+        // Complete positions get a map marker, even when the XMP copy then disagrees.
+        bool addsMarker;
+    };
+    static GPSStatusDecision decideGPSStatus(QStringView fileExtension, const KeyLookup &valueOf);
+    static LocationStatus decideIPTCStatus(const KeyLookup &valueOf);
 
 private:
     ExifToolHelper();

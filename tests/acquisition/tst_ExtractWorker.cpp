@@ -7,6 +7,7 @@
 #include "TestSupport.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QHash>
 #include <QTemporaryDir>
 #include <QTest>
@@ -26,6 +27,8 @@ private slots:
     void initTestCase();
     void keys_data();
     void keys();
+    void statusColumns_data();
+    void statusColumns();
     void trackNumbers_data();
     void trackNumbers();
     void badFilesGetCompleteAnswers_data();
@@ -230,6 +233,45 @@ void tst_ExtractWorker::keys()
         QVERIFY2(values.contains(key), qPrintable(key + u" is missing"_s));
         QCOMPARE(values.value(key), value);
     }
+}
+
+void tst_ExtractWorker::statusColumns_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("gpsStatus");
+    QTest::addColumn<int>("iptcStatus");
+
+    QTest::newRow("EXIF position") << u"north-east"_s << 1 << 0;
+    QTest::newRow("IPTC place") << u"iptc"_s << 0 << 1;
+    QTest::newRow("XMP only") << u"xmp-only"_s << 0 << 0;
+    QTest::newRow("IPTC and XMP disagree") << u"iptc-xmp-disagree"_s << 0 << 3;
+    QTest::newRow("EXIF and XMP disagree") << u"gps-disagree"_s << 3 << 0;
+    QTest::newRow("EXIF and XMP agree") << u"gps-agree"_s << 1 << 0;
+    QTest::newRow("MP4") << u"mp4"_s << 1 << 0;
+    QTest::newRow("MOV") << u"mov"_s << 1 << 0;
+    QTest::newRow("M4A") << u"m4a"_s << 1 << 0;
+    QTest::newRow("MP3") << u"mp3"_s << 0 << 0;
+    QTest::newRow("PNG") << u"png"_s << 1 << 0;
+    QTest::newRow("empty file") << u"empty"_s << 0 << 0;
+    QTest::newRow("corrupt JPEG") << u"corrupt"_s << 0 << 0;
+    QTest::newRow("folder") << u"folder"_s << 0 << 0;
+}
+
+void tst_ExtractWorker::statusColumns()
+{
+    QFETCH(QString, file);
+    QFETCH(int, gpsStatus);
+    QFETCH(int, iptcStatus);
+    const QString path = m_files.value(file);
+    const QHash<QString, QString> values = genericValues(*m_worker, path);
+    const ExifToolHelper::KeyLookup valueOf = [&](const QString &key) -> std::optional<QString> {
+        if (!values.contains(key))
+            return std::nullopt;
+        return values.value(key);
+    };
+    QCOMPARE(int(ExifToolHelper::decideGPSStatus(QFileInfo(path).suffix(), valueOf).status),
+             gpsStatus);
+    QCOMPARE(int(ExifToolHelper::decideIPTCStatus(valueOf)), iptcStatus);
 }
 
 void tst_ExtractWorker::trackNumbers_data()
