@@ -1,5 +1,7 @@
 // Fuzz target for the reading of worker answers: the reader's completeness test, the final
-// decoding and the parse loop must take any bytes without crashing or reading out of bounds.
+// decoding, the parse loop and the date parser must take any bytes without crashing or reading
+// out of bounds.
+#include "acquisition/DateTimeOriginalParser.h"
 #include "acquisition/ExifToolProcess.h"
 #include "acquisition/ExifToolResponseParser.h"
 
@@ -22,6 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const ExtractedTag &tag : tags) {
         if (tag.value.isEmpty())
             __builtin_trap();
+        DateTimeOriginalParser::sharedInstance().parseISO8601(tag.value);
     }
     return 0;
 }

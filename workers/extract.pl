@@ -93,8 +93,8 @@ sub copyNumber
     return $key =~ /\((\d+)\)$/ ? $1 : 0;
 }
 
-# The found tags of one file, indexed by tag name: each entry holds the tag key, its two first
-# group names.
+# The found tags of one file, indexed by tag name: each entry holds the tag key and its family 0
+# and family 1 groups ("EXIF" and "GPS", "XMP" and "XMP-photoshop", ...).
 sub indexFoundTags
 {
     my ($info) = @_;
