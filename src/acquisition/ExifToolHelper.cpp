@@ -1,5 +1,10 @@
 #include "ExifToolHelper.h"
 
+#include "acquisition/ModernExifExtraction.h"
+#include "metadata/MetadataStorage.h"
+
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -138,6 +143,27 @@ void ExifToolHelper::appendToWhiteList(const QStringList &additional)
         return;
     m_appended = true;
     m_whiteList.append(additional);
+}
+
+void ExifToolHelper::obtainMetaDataFor(const QString &path, bool geolocation)
+{
+    MetadataStorage &storage = MetadataStorage::shared();
+    const QString retrieved = u"retrieved"_s;
+    if (storage.boolValueExistsAndIsTrue(path, retrieved, MetadataSource::Computed))
+        return;
+    const QString extension = QFileInfo(path).suffix();
+    // Marked before the format test, so an unsupported file counts as read too.
+    storage.store(path, MetadataSource::Computed, retrieved, true);
+    if (!fileFormatSupported(extension))
+        return;
+
+    ModernExifExtraction &extraction = ModernExifExtraction::shared();
+    if (extraction.whiteList.isEmpty()) {
+        extraction.whiteList = whiteList();
+        extraction.rawWhiteList = rawWhiteList();
+    }
+    extraction.serializedAccessDispatchQueue().sync(
+        [&] { extraction.internalStoreTags(path, geolocation); });
 }
 
 bool ExifToolHelper::fileFormatSupported(QStringView fileExtension) const

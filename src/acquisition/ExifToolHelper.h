@@ -21,6 +21,10 @@ public:
     // change nothing, since a running worker would not see them.
     void appendToWhiteList(const QStringList &additional);
 
+    // Reads path through the worker once: a file already marked as read is skipped, an
+    // unsupported one only marked. Returns when its tags are queued to MetadataStorage.
+    void obtainMetaDataFor(const QString &path, bool geolocation);
+
     const QStringList &supportedFileFormats() const { return m_supportedFileFormats; }
     bool fileFormatSupported(QStringView fileExtension) const;
 

@@ -1,5 +1,6 @@
 #include "ModernExifExtraction.h"
 
+#include "metadata/MetadataStorage.h"
 #include "platform/Resources.h"
 
 using namespace Qt::StringLiterals;
@@ -24,6 +25,18 @@ QList<ExtractedTag> ModernExifExtraction::extractTagsFor(const QString &path, bo
     QList<ExtractedTag> tags;
     m_serializedAccessDispatchQueue.sync([&] { tags = internalExtractTags(path, geolocation); });
     return tags;
+}
+
+void ModernExifExtraction::storeTagsFor(const QString &path, bool geolocation)
+{
+    m_serializedAccessDispatchQueue.sync([&] { internalStoreTags(path, geolocation); });
+}
+
+void ModernExifExtraction::internalStoreTags(const QString &path, bool geolocation)
+{
+    MetadataStorage &storage = MetadataStorage::shared();
+    for (const ExtractedTag &tag : internalExtractTags(path, geolocation))
+        storage.store(path, tag.source, tag.key, tag.value);
 }
 
 pid_t ModernExifExtraction::workerProcessIdentifier()

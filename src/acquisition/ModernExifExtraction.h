@@ -26,6 +26,11 @@ public:
 
     // Reads path through the worker on the queue and returns its tags in storing order.
     QList<ExtractedTag> extractTagsFor(const QString &path, bool geolocation);
+    // Reads path on the queue and hands every tag to MetadataStorage; returns once they are
+    // queued there.
+    void storeTagsFor(const QString &path, bool geolocation);
+    // The same, for a caller that already runs on serializedAccessDispatchQueue.
+    void internalStoreTags(const QString &path, bool geolocation);
 
     // The id of the current worker's process, or -1 before the first read.
     pid_t workerProcessIdentifier();
