@@ -1,5 +1,6 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
+#include "acquisition/ExifToolHelper.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 
@@ -7,12 +8,20 @@
 #include <QDir>
 #include <QFileInfo>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
     QApplication::setOrganizationName(QStringLiteral("palomet"));
+
+    // The application's additions to the ExifTool white list, appended before the first read:
+    // the geolocation tags behind the proposed city and sublocation.
+    ExifToolHelper::sharedInstance().appendToWhiteList(
+        {u"GeolocationCity"_s, u"GeolocationCountry"_s, u"GeolocationRegion"_s,
+         u"GeolocationSubregion"_s, u"GeolocationFeatureCode"_s});
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
