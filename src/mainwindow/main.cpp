@@ -1,14 +1,12 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
-#include "acquisition/ExifToolHelper.h"
+#include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
-
-using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
@@ -17,11 +15,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
     QApplication::setOrganizationName(QStringLiteral("palomet"));
 
-    // The application's additions to the ExifTool white list, appended before the first read:
-    // the geolocation tags behind the proposed city and sublocation.
-    ExifToolHelper::sharedInstance().appendToWhiteList(
-        {u"GeolocationCity"_s, u"GeolocationCountry"_s, u"GeolocationRegion"_s,
-         u"GeolocationSubregion"_s, u"GeolocationFeatureCode"_s});
+    ApplicationStart::installMetadataReaders();
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
