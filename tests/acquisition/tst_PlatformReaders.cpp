@@ -11,6 +11,8 @@
 
 #include <thread>
 
+#include <sys/stat.h>
+
 // The three platform readers together: damaged and misleading files, and many threads at once.
 class tst_PlatformReaders : public QObject
 {
@@ -114,6 +116,12 @@ void tst_PlatformReaders::badInputGivesAnEmptyOrPartialResultQuietly_data()
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }()) << false;
     QTest::newRow("missing file") << m_dir.filePath("bad/none.jpg") << true;
+    // Opening a named pipe for reading would wait for a writer forever.
+    for (const char *name : {"pipe.mp3", "pipe.jpg", "pipe.mp4"}) {
+        const QString pipe = m_dir.filePath(QStringLiteral("bad/") + QLatin1String(name));
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        QTest::addRow("named pipe %s", name) << pipe << true;
+    }
 }
 
 void tst_PlatformReaders::badInputGivesAnEmptyOrPartialResultQuietly()
