@@ -304,8 +304,9 @@ std::optional<std::pair<QString, QString>> LocationHelper::addPlusOrMinusToValue
     const auto longitudeValue = wholeTextDouble(longitude);
     if (!latitudeValue || !longitudeValue)
         return std::nullopt;
+    // Negative zero counts as zero: "+0", never "+-0", so that the text reads back.
     const auto signedText = [](double value) {
-        return value >= 0 ? u'+' + shortestText(value) : shortestText(value);
+        return value >= 0 ? u'+' + shortestText(value == 0 ? 0.0 : value) : shortestText(value);
     };
     return std::pair {signedText(*latitudeValue), signedText(*longitudeValue)};
 }

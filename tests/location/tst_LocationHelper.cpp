@@ -398,6 +398,7 @@ void tst_LocationHelper::addPlusOrMinusToValues_data()
     QTest::newRow("shortest text")
         << u"48.858400"_s << u"+2.294500"_s << QStringList {u"+48.8584"_s, u"+2.2945"_s};
     QTest::newRow("zero is positive") << u"0"_s << u"0.000"_s << QStringList {u"+0"_s, u"+0"_s};
+    QTest::newRow("negative zero") << u"-0"_s << u"-0.0"_s << QStringList {u"+0"_s, u"+0"_s};
     QTest::newRow("other notations") << u"1e1"_s << u"0x10"_s << QStringList {u"+10"_s, u"+16"_s};
     QTest::newRow("unreadable") << u"abc"_s << u"1"_s << QStringList();
     QTest::newRow("empty") << u"1"_s << QString() << QStringList();
