@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <vector>
 
 extern char **environ;
@@ -65,6 +67,34 @@ std::optional<Placemark> placemarkFromFields(const QList<QByteArray> &fields)
 
 } // namespace
 
+// The child and the connection to it. Used only by the geocoder's queue, except the atomics.
+struct Geocoder::Worker
+{
+    using Deadline = std::chrono::steady_clock::time_point;
+
+    explicit Worker(WorkerCommand command)
+        : command(std::move(command))
+    { }
+
+    std::optional<QList<Placemark>> exchange(const QByteArray &verb,
+                                             const QList<QByteArray> &arguments);
+    bool ensureStarted();
+    void stop();
+    bool sendAll(const QByteArray &bytes, Deadline deadline);
+    std::optional<QByteArray> readLine(Deadline deadline);
+
+    const WorkerCommand command;
+    std::atomic<int> startTimeoutMs {defaultStartTimeoutMs};
+    std::atomic<int> requestTimeoutMs {defaultRequestTimeoutMs};
+    std::atomic<qint64> runningPid {0};
+
+    // Owned by the geocoder's queue.
+    pid_t childPid = 0;
+    int connection = -1;
+    QByteArray received;
+    quint64 lastRequestId = 0;
+};
+
 Geocoder &Geocoder::shared()
 {
     static Geocoder *const instance = new Geocoder;
@@ -77,18 +107,28 @@ Geocoder::WorkerCommand Geocoder::standardWorkerCommand()
 }
 
 Geocoder::Geocoder(WorkerCommand command)
-    : m_command(std::move(command))
+    : m_worker(std::make_shared<Worker>(std::move(command)))
 { }
 
 Geocoder::~Geocoder()
 {
-    m_queue.async([this] { stopWorker(); });
+    m_queue.async([worker = m_worker] { worker->stop(); });
 }
 
 void Geocoder::setTimeouts(int startTimeoutMs, int requestTimeoutMs)
 {
-    m_startTimeoutMs = startTimeoutMs;
-    m_requestTimeoutMs = requestTimeoutMs;
+    m_worker->startTimeoutMs = startTimeoutMs;
+    m_worker->requestTimeoutMs = requestTimeoutMs;
+}
+
+qint64 Geocoder::workerProcessId() const
+{
+    return m_worker->runningPid.load();
+}
+
+void Geocoder::notifyWhenIdle(std::function<void()> block)
+{
+    m_queue.async([block = std::move(block)] { MainQueue::post(block); });
 }
 
 void Geocoder::reverseGeocodeLocation(Coordinate2D coordinate, Completion completion,
@@ -113,30 +153,30 @@ void Geocoder::searchPlaces(const QString &text, Completion completion, int maxi
 
 void Geocoder::submit(QByteArray verb, QList<QByteArray> arguments, Completion completion)
 {
-    m_queue.async([this, verb = std::move(verb), arguments = std::move(arguments),
+    m_queue.async([worker = m_worker, verb = std::move(verb), arguments = std::move(arguments),
                    completion = std::move(completion)] {
-        const std::optional<QList<Placemark>> places = exchange(verb, arguments);
+        const std::optional<QList<Placemark>> places = worker->exchange(verb, arguments);
         if (places && completion)
             MainQueue::post([completion, places = *places] { completion(places); });
     });
 }
 
-std::optional<QList<Placemark>> Geocoder::exchange(const QByteArray &verb,
-                                                   const QList<QByteArray> &arguments)
+std::optional<QList<Placemark>> Geocoder::Worker::exchange(const QByteArray &verb,
+                                                           const QList<QByteArray> &arguments)
 {
-    if (!ensureWorker())
+    if (!ensureStarted())
         return std::nullopt;
 
-    const QByteArray id = QByteArray::number(++m_lastRequestId);
+    const QByteArray id = QByteArray::number(++lastRequestId);
     QByteArray request = verb + '\t' + id;
     for (const QByteArray &argument : arguments)
         request += '\t' + argument;
     request += '\n';
 
     const Deadline deadline
-        = std::chrono::steady_clock::now() + std::chrono::milliseconds(m_requestTimeoutMs.load());
+        = std::chrono::steady_clock::now() + std::chrono::milliseconds(requestTimeoutMs.load());
     if (!sendAll(request, deadline)) {
-        stopWorker();
+        stop();
         return std::nullopt;
     }
 
@@ -145,7 +185,7 @@ std::optional<QList<Placemark>> Geocoder::exchange(const QByteArray &verb,
         const std::optional<QByteArray> line = readLine(deadline);
         if (!line) {
             Log::line(u"Geocoder: the worker did not answer; stopping it");
-            stopWorker();
+            stop();
             return std::nullopt;
         }
         const QList<QByteArray> fields = line->split('\t');
@@ -162,16 +202,16 @@ std::optional<QList<Placemark>> Geocoder::exchange(const QByteArray &verb,
             = fields.at(0) == "place" ? placemarkFromFields(fields) : std::nullopt;
         if (!place) {
             Log::line(u"Geocoder: the worker's answer is unreadable; stopping it");
-            stopWorker();
+            stop();
             return std::nullopt;
         }
         places << *place;
     }
 }
 
-bool Geocoder::ensureWorker()
+bool Geocoder::Worker::ensureStarted()
 {
-    if (m_pid > 0)
+    if (childPid > 0)
         return true;
 
     int sockets[2];
@@ -185,59 +225,60 @@ bool Geocoder::ensureWorker()
     posix_spawn_file_actions_adddup2(&actions, sockets[1], STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, sockets[1], STDOUT_FILENO);
 
-    std::vector<QByteArray> arguments {m_command.program.toLocal8Bit()};
-    for (const QString &argument : m_command.arguments)
+    std::vector<QByteArray> arguments {command.program.toLocal8Bit()};
+    for (const QString &argument : command.arguments)
         arguments.push_back(argument.toLocal8Bit());
     std::vector<char *> argv;
     for (QByteArray &argument : arguments)
         argv.push_back(argument.data());
     argv.push_back(nullptr);
 
-    pid_t pid = 0;
-    const int spawned = posix_spawnp(&pid, argv.front(), &actions, nullptr, argv.data(), environ);
+    pid_t spawnedPid = 0;
+    const int spawned
+        = posix_spawnp(&spawnedPid, argv.front(), &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     close(sockets[1]);
     if (spawned != 0) {
         close(sockets[0]);
-        Log::line(u"Geocoder: cannot start "_s + m_command.program);
+        Log::line(u"Geocoder: cannot start "_s + command.program);
         return false;
     }
-    m_pid = pid;
-    m_socket = sockets[0];
-    m_received.clear();
-    m_workerPid = pid;
+    childPid = spawnedPid;
+    connection = sockets[0];
+    received.clear();
+    runningPid = spawnedPid;
 
     const Deadline deadline
-        = std::chrono::steady_clock::now() + std::chrono::milliseconds(m_startTimeoutMs.load());
+        = std::chrono::steady_clock::now() + std::chrono::milliseconds(startTimeoutMs.load());
     const std::optional<QByteArray> line = readLine(deadline);
     if (!line || !line->startsWith("ready")) {
         Log::line(u"Geocoder: the worker did not start; stopping it");
-        stopWorker();
+        stop();
         return false;
     }
     return true;
 }
 
-void Geocoder::stopWorker()
+void Geocoder::Worker::stop()
 {
-    if (m_socket >= 0) {
-        close(m_socket);
-        m_socket = -1;
+    if (connection >= 0) {
+        close(connection);
+        connection = -1;
     }
-    if (m_pid > 0) {
-        kill(m_pid, SIGKILL);
-        while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) { }
-        m_pid = 0;
+    if (childPid > 0) {
+        kill(childPid, SIGKILL);
+        while (waitpid(childPid, nullptr, 0) < 0 && errno == EINTR) { }
+        childPid = 0;
     }
-    m_received.clear();
-    m_workerPid = 0;
+    received.clear();
+    runningPid = 0;
 }
 
-bool Geocoder::sendAll(const QByteArray &bytes, Deadline deadline)
+bool Geocoder::Worker::sendAll(const QByteArray &bytes, Deadline deadline)
 {
     qsizetype sent = 0;
     while (sent < bytes.size()) {
-        pollfd ready {m_socket, POLLOUT, 0};
+        pollfd ready {connection, POLLOUT, 0};
         const int polled = poll(&ready, 1, remainingMs(deadline));
         if (polled < 0 && errno == EINTR)
             continue;
@@ -245,7 +286,7 @@ bool Geocoder::sendAll(const QByteArray &bytes, Deadline deadline)
             return false;
         // MSG_NOSIGNAL: a worker that died must not take the application with it (SIGPIPE).
         const ssize_t written
-            = send(m_socket, bytes.constData() + sent, size_t(bytes.size() - sent), MSG_NOSIGNAL);
+            = send(connection, bytes.constData() + sent, size_t(bytes.size() - sent), MSG_NOSIGNAL);
         if (written < 0 && (errno == EINTR || errno == EAGAIN))
             continue;
         if (written <= 0)
@@ -255,29 +296,29 @@ bool Geocoder::sendAll(const QByteArray &bytes, Deadline deadline)
     return true;
 }
 
-std::optional<QByteArray> Geocoder::readLine(Deadline deadline)
+std::optional<QByteArray> Geocoder::Worker::readLine(Deadline deadline)
 {
     for (;;) {
-        const qsizetype end = m_received.indexOf('\n');
+        const qsizetype end = received.indexOf('\n');
         if (end >= 0) {
-            QByteArray line = m_received.left(end);
-            m_received.remove(0, end + 1);
+            QByteArray line = received.left(end);
+            received.remove(0, end + 1);
             return line;
         }
-        if (m_received.size() > maximumLineLength)
+        if (received.size() > maximumLineLength)
             return std::nullopt;
-        pollfd ready {m_socket, POLLIN, 0};
+        pollfd ready {connection, POLLIN, 0};
         const int polled = poll(&ready, 1, remainingMs(deadline));
         if (polled < 0 && errno == EINTR)
             continue;
         if (polled <= 0)
             return std::nullopt;
         char buffer[65536];
-        const ssize_t count = recv(m_socket, buffer, sizeof buffer, 0);
+        const ssize_t count = recv(connection, buffer, sizeof buffer, 0);
         if (count < 0 && (errno == EINTR || errno == EAGAIN))
             continue;
         if (count <= 0)
             return std::nullopt; // the worker closed its end or died
-        m_received.append(buffer, count);
+        received.append(buffer, count);
     }
 }

@@ -9,12 +9,9 @@
 #include <QString>
 #include <QStringList>
 
-#include <atomic>
-#include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
-
-#include <sys/types.h>
 
 // A part of the map: its centre and its full spans in degrees.
 struct CoordinateRegion
@@ -27,7 +24,7 @@ struct CoordinateRegion
 // The offline geocoder: a long-running worker (geocode.pl) that serves ExifTool's geolocation
 // database. Requests go to it one after the other from a background queue, and each answer is
 // delivered later on the main thread, or never when the worker fails, dies or takes too long.
-// Such a worker is killed, and the next request starts a new one. Nothing here ever blocks the
+// Such a worker is killed, and the next request starts a new one. Requests never block the
 // caller.
 class Geocoder
 {
@@ -54,6 +51,7 @@ public:
     static WorkerCommand standardWorkerCommand();
 
     explicit Geocoder(WorkerCommand command = standardWorkerCommand());
+    // Returns at once: requests already queued still run, and the worker stops after them.
     ~Geocoder();
 
     Geocoder(const Geocoder &) = delete;
@@ -68,34 +66,20 @@ public:
     void searchPlaces(const QString &text, Completion completion,
                       int maximumCount = defaultSearchCount,
                       std::optional<CoordinateRegion> region = std::nullopt);
+    // Runs the block on the main thread once every request made before has ended, whether it
+    // delivered an answer or not.
+    void notifyWhenIdle(std::function<void()> block);
 
     void setTimeouts(int startTimeoutMs, int requestTimeoutMs);
     // The running worker's process id, 0 when none runs.
-    qint64 workerProcessId() const { return m_workerPid.load(); }
+    qint64 workerProcessId() const;
 
 private:
-    using Deadline = std::chrono::steady_clock::time_point;
+    struct Worker;
 
     void submit(QByteArray verb, QList<QByteArray> arguments, Completion completion);
-    std::optional<QList<Placemark>> exchange(const QByteArray &verb,
-                                             const QList<QByteArray> &arguments);
-    bool ensureWorker();
-    void stopWorker();
-    bool sendAll(const QByteArray &bytes, Deadline deadline);
-    std::optional<QByteArray> readLine(Deadline deadline);
 
-    const WorkerCommand m_command;
-    std::atomic<int> m_startTimeoutMs {defaultStartTimeoutMs};
-    std::atomic<int> m_requestTimeoutMs {defaultRequestTimeoutMs};
-    std::atomic<qint64> m_workerPid {0};
-
-    // Owned by m_queue: everything below up to the queue itself.
-    pid_t m_pid = 0;
-    int m_socket = -1;
-    QByteArray m_received;
-    quint64 m_lastRequestId = 0;
-
-    // Declared last so that it is destroyed first: it runs what is queued, the stop included,
-    // while the members above still exist.
+    // Shared with the queued blocks, which may outlive the geocoder.
+    const std::shared_ptr<Worker> m_worker;
     SerialQueue m_queue {QStringLiteral("Geocoder")};
 };
