@@ -1,0 +1,19 @@
+#pragma once
+
+class QWidget;
+
+// The few operations that building needs of the widget tree.
+namespace ViewTree {
+
+// Makes child a child of parent and hands it to the parent's layout, if it takes children.
+void addSubview(QWidget *parent, QWidget *child);
+
+} // namespace ViewTree
+
+// A container that places its children itself rather than through addSubview's default.
+class SubviewAdopting
+{
+public:
+    virtual ~SubviewAdopting() = default;
+    virtual void adoptSubview(QWidget *child) = 0;
+};

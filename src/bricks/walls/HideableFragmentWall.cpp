@@ -1,0 +1,34 @@
+#include "HideableFragmentWall.h"
+
+#include "FragmentStackView.h"
+#include "platform/UserDefaults.h"
+
+HideableFragmentWall::HideableFragmentWall(
+    QStringList storageKeys, std::function<bool(const QStringList &)> shouldHideExpression,
+    QWidget *parent)
+    : FragmentWall(parent)
+    , storageKeys(std::move(storageKeys))
+    , shouldHideExpression(std::move(shouldHideExpression))
+{ }
+
+void HideableFragmentWall::install(FragmentStackView *stack)
+{
+    parentStackView = stack;
+    for (const QString &key : storageKeys) {
+        kvoResponders.push_back(std::make_unique<KVOResponder>(
+            key, UserDefaults::standard(), false,
+            [this](const QVariant &, const QString &) { update(); }));
+    }
+    endOfLifeBag().add([this] { kvoResponders.clear(); });
+    update();
+}
+
+void HideableFragmentWall::update()
+{
+    if (!parentStackView)
+        qFatal("HideableFragmentWall: update before the fragment was installed in its stack");
+    parentStackView->setVisibilityPriority(shouldHideExpression(storageKeys)
+                                               ? FragmentStackView::notVisible
+                                               : FragmentStackView::mustHold,
+                                           this);
+}
