@@ -19,4 +19,17 @@ void addSubview(QWidget *parent, QWidget *child)
         child->show();
 }
 
+void layoutSubtreeIfNeeded(QWidget *root)
+{
+    if (QLayout *layout = root->layout()) {
+        layout->activate();
+        if (layout->geometry() != root->rect())
+            layout->setGeometry(root->rect());
+    }
+    for (QObject *child : root->children()) {
+        if (auto *widget = qobject_cast<QWidget *>(child); widget && !widget->isWindow())
+            layoutSubtreeIfNeeded(widget);
+    }
+}
+
 } // namespace ViewTree

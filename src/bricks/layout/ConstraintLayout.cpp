@@ -145,7 +145,8 @@ void ConstraintLayout::setCompressionResistancePriority(QWidget *view, float pri
     view->updateGeometry();
 }
 
-// Without an explicit priority, a size policy that may not grow hugs firmly, as controls do.
+// Without an explicit priority the size policy decides: a widget that may not grow hugs
+// firmly, as controls do, and an expanding one least.
 float ConstraintLayout::contentHuggingPriority(const QWidget *view, Qt::Orientation axis)
 {
     const QVariant explicitValue = view->property(priorityProperty(true, axis));
@@ -154,7 +155,10 @@ float ConstraintLayout::contentHuggingPriority(const QWidget *view, Qt::Orientat
     const QSizePolicy::Policy policy = axis == Qt::Horizontal
         ? view->sizePolicy().horizontalPolicy()
         : view->sizePolicy().verticalPolicy();
-    return (policy & QSizePolicy::GrowFlag) ? LayoutPriority::defaultLow
+    if (policy & QSizePolicy::ExpandFlag)
+        return LayoutPriority::defaultLow;
+    // A widget that may grow but does not ask to gives the extra room to one that does.
+    return (policy & QSizePolicy::GrowFlag) ? LayoutPriority::defaultLow + 1
                                             : LayoutPriority::defaultHigh;
 }
 

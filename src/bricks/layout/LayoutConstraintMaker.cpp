@@ -10,24 +10,26 @@ LayoutConstraintMakerWithRelation LayoutConstraintMaker::toSuperview()
     return to(subject->parentWidget());
 }
 
-LayoutConstraintMaker &LayoutConstraintMaker::width(double value, LayoutRelation relation,
-                                                    float priority)
+LayoutConstraintMaker &LayoutConstraintMaker::size(LayoutAttribute attribute, double value,
+                                                   LayoutRelation relation, float priority)
 {
-    LayoutConstraint c = LayoutConstraint::make(subject, LayoutAttribute::width, relation, {},
+    LayoutConstraint c = LayoutConstraint::make(subject, attribute, relation, {},
                                                 LayoutAttribute::notAnAttribute, 1, value);
     c.priority = priority;
     constraints.append(c);
     return *this;
 }
 
+LayoutConstraintMaker &LayoutConstraintMaker::width(double value, LayoutRelation relation,
+                                                    float priority)
+{
+    return size(LayoutAttribute::width, value, relation, priority);
+}
+
 LayoutConstraintMaker &LayoutConstraintMaker::height(double value, LayoutRelation relation,
                                                      float priority)
 {
-    LayoutConstraint c = LayoutConstraint::make(subject, LayoutAttribute::height, relation, {},
-                                                LayoutAttribute::notAnAttribute, 1, value);
-    c.priority = priority;
-    constraints.append(c);
-    return *this;
+    return size(LayoutAttribute::height, value, relation, priority);
 }
 
 LayoutConstraintMakerWithRelation &LayoutConstraintMakerWithRelation::pin(

@@ -23,6 +23,10 @@ public:
 
     QWidget *const subject;
     QList<LayoutConstraint> constraints;
+
+private:
+    LayoutConstraintMaker &size(LayoutAttribute attribute, double value, LayoutRelation relation,
+                                float priority);
 };
 
 class LayoutConstraintMakerWithRelation
