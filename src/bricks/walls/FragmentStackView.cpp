@@ -10,6 +10,8 @@ FragmentStackView::FragmentStackView(QWidget *parent)
 {
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->setSpacing(0);
+    // Panes keep their own heights; room left over stays below the last one.
+    m_layout->addStretch(1);
 }
 
 void FragmentStackView::addArrangedSubview(QWidget *view)
@@ -17,7 +19,7 @@ void FragmentStackView::addArrangedSubview(QWidget *view)
     if (view->parentWidget() != this)
         view->setParent(this);
     m_layout->removeWidget(view);
-    m_layout->addWidget(view);
+    m_layout->insertWidget(m_layout->count() - 1, view);
 }
 
 QList<QWidget *> FragmentStackView::arrangedSubviews() const

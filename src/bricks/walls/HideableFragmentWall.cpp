@@ -15,11 +15,13 @@ void HideableFragmentWall::install(FragmentStackView *stack)
 {
     parentStackView = stack;
     for (const QString &key : storageKeys) {
-        kvoResponders.push_back(std::make_unique<KVOResponder>(
+        auto responder = std::make_shared<KVOResponder>(
             key, UserDefaults::standard(), false,
-            [this](const QVariant &, const QString &) { update(); }));
+            [this](const QVariant &, const QString &) { update(); });
+        kvoResponders.push_back(responder);
+        // The bag runs after this class's fields are gone, so it holds the responder itself.
+        endOfLifeBag().add([responder]() mutable { responder.reset(); });
     }
-    endOfLifeBag().add([this] { kvoResponders.clear(); });
     update();
 }
 

@@ -29,5 +29,5 @@ public:
     const std::function<bool(const QStringList &)> shouldHideExpression;
     QPointer<FragmentStackView> parentStackView;
     QList<std::optional<bool>> initialValues;
-    std::vector<std::unique_ptr<KVOResponder>> kvoResponders;
+    std::vector<std::shared_ptr<KVOResponder>> kvoResponders;
 };
