@@ -97,7 +97,7 @@ void ConstraintLayout::installConstraints(QWidget *target,
             applyAsSizeLimit(target, c);
             if (auto *layout = qobject_cast<ConstraintLayout *>(
                     target->parentWidget() ? target->parentWidget()->layout() : nullptr))
-                layout->invalidate();
+                layout->addConstraints({}); // the parent solves with the child's own ones
         } else {
             between.append(c);
         }
@@ -171,12 +171,14 @@ float ConstraintLayout::compressionResistancePriority(const QWidget *view, Qt::O
 void ConstraintLayout::addConstraints(const QList<LayoutConstraint> &constraints)
 {
     m_constraints += constraints;
+    m_dirty = true;
     invalidate();
 }
 
 void ConstraintLayout::addItem(QLayoutItem *item)
 {
     m_items.append(item);
+    m_dirty = true;
     invalidate();
 }
 
@@ -190,6 +192,7 @@ QLayoutItem *ConstraintLayout::takeAt(int index)
     if (index < 0 || index >= m_items.size())
         return nullptr;
     QLayoutItem *item = m_items.takeAt(index);
+    m_dirty = true;
     invalidate();
     return item;
 }
@@ -199,9 +202,11 @@ int ConstraintLayout::count() const
     return int(m_items.size());
 }
 
+// Qt invalidates a layout on every activation; the solver is only rebuilt when the children,
+// the constraints or what the children ask for have changed.
 void ConstraintLayout::invalidate()
 {
-    m_dirty = true;
+    m_hintsDirty = true;
     QLayout::invalidate();
 }
 
@@ -251,8 +256,32 @@ void ConstraintLayout::setGeometry(const QRect &rect)
 
 void ConstraintLayout::ensureSolved() const
 {
+    if (m_hintsDirty && !m_dirty) {
+        m_hintsDirty = false;
+        if (intrinsicSignature() != m_signature)
+            m_dirty = true;
+    }
     if (m_dirty || !m_solver)
         rebuild();
+}
+
+QList<int> ConstraintLayout::intrinsicSignature() const
+{
+    QList<int> signature;
+    signature.reserve(m_items.size() * 10);
+    for (QLayoutItem *item : m_items) {
+        QWidget *child = item->widget();
+        if (!child)
+            continue;
+        const QSize hint = child->sizeHint(), low = child->minimumSize(),
+                    high = child->maximumSize();
+        signature << hint.width() << hint.height() << low.width() << low.height() << high.width()
+                  << high.height();
+        for (const Qt::Orientation axis : {Qt::Horizontal, Qt::Vertical})
+            signature << int(contentHuggingPriority(child, axis))
+                      << int(compressionResistancePriority(child, axis));
+    }
+    return signature;
 }
 
 std::optional<ConstraintSolver::Expression> ConstraintLayout::expressionFor(
@@ -328,24 +357,23 @@ std::optional<ConstraintSolver::Expression> ConstraintLayout::expressionFor(
     return e;
 }
 
-void ConstraintLayout::addConstraintToSolver(const LayoutConstraint &c) const
+bool ConstraintLayout::addConstraintToSolver(const LayoutConstraint &c) const
 {
     auto first = expressionFor(c.first, c.firstAttribute, 1);
+    std::optional<ConstraintSolver::Expression> second;
+    if (first && !c.second.isNull() && c.secondAttribute != LayoutAttribute::notAnAttribute) {
+        second = expressionFor(c.second, c.secondAttribute, -c.multiplier);
+        if (!second)
+            first.reset();
+    }
     if (!first) {
         ++m_ignored;
         Log::line(QStringLiteral("constraint ignored, it relates views of other walls: ")
                   + c.debugDescription());
-        return;
+        return true;
     }
     ConstraintSolver::Expression e = *first;
-    if (!c.second.isNull() && c.secondAttribute != LayoutAttribute::notAnAttribute) {
-        const auto second = expressionFor(c.second, c.secondAttribute, -c.multiplier);
-        if (!second) {
-            ++m_ignored;
-            Log::line(QStringLiteral("constraint ignored, it relates views of other walls: ")
-                      + c.debugDescription());
-            return;
-        }
+    if (second) {
         e.terms.insert(e.terms.end(), second->terms.begin(), second->terms.end());
         e.constant += second->constant;
     }
@@ -353,15 +381,37 @@ void ConstraintLayout::addConstraintToSolver(const LayoutConstraint &c) const
     const Relation relation = c.relation == LayoutRelation::equal ? Relation::Equal
         : c.relation == LayoutRelation::lessThanOrEqual           ? Relation::LessOrEqual
                                                                   : Relation::GreaterOrEqual;
-    if (!m_solver->addConstraint(e, relation, strengthOf(c.priority)))
-        Log::line(QStringLiteral("Unable to simultaneously satisfy constraints, breaking ")
-                  + c.debugDescription());
+    return addToSolver(e, relation, strengthOf(c.priority), &c);
+}
+
+// Every addition is numbered; one that the solver refuses is left out of the next attempt.
+bool ConstraintLayout::addToSolver(const ConstraintSolver::Expression &e, Relation relation,
+                                   double strength, const LayoutConstraint *constraint) const
+{
+    const int number = m_addition++;
+    if (m_refused.contains(number))
+        return true;
+    if (m_solver->addConstraint(e, relation, strength))
+        return true;
+    Log::line(QStringLiteral("Unable to simultaneously satisfy constraints, breaking ")
+              + (constraint ? constraint->debugDescription() : QStringLiteral("a size limit")));
+    m_refused.insert(number);
+    return m_solver->isValid();
 }
 
 void ConstraintLayout::rebuild() const
 {
+    m_refused.clear();
+    while (!tryRebuild()) { }
+    m_hintsDirty = false;
+    m_signature = intrinsicSignature();
+}
+
+bool ConstraintLayout::tryRebuild() const
+{
     m_dirty = false;
     m_ignored = 0;
+    m_addition = 0;
     m_solver = std::make_unique<ConstraintSolver>();
     m_frames.clear();
     m_guideFrames.clear();
@@ -370,16 +420,14 @@ void ConstraintLayout::rebuild() const
     const auto newFrame = [&s] {
         return Frame {s.newVariable(), s.newVariable(), s.newVariable(), s.newVariable()};
     };
-    const auto require = [&s](ConstraintSolver::Variable v, Relation r, double value,
-                              double strength = ConstraintSolver::Required) {
-        s.addConstraint({{{v, 1}}, -value}, r, strength);
+    const auto require = [this](ConstraintSolver::Variable v, Relation r, double value,
+                                double strength = ConstraintSolver::Required) {
+        return addToSolver({{{v, 1}}, -value}, r, strength, nullptr);
     };
 
     m_container = newFrame();
     require(m_container.x, Relation::Equal, 0);
     require(m_container.y, Relation::Equal, 0);
-    require(m_container.w, Relation::GreaterOrEqual, 0);
-    require(m_container.h, Relation::GreaterOrEqual, 0);
 
     QList<QWidget *> children;
     for (QLayoutItem *item : m_items) {
@@ -395,15 +443,15 @@ void ConstraintLayout::rebuild() const
     }
 
     for (const LayoutConstraint &c : m_constraints)
-        addConstraintToSolver(c);
+        if (!addConstraintToSolver(c))
+            return false;
     for (QWidget *child : children)
         for (const LayoutConstraint &c : ownConstraints().value(child))
-            addConstraintToSolver(c);
+            if (!addConstraintToSolver(c))
+                return false;
 
     for (QWidget *child : children) {
         const Frame f = m_frames.value(child);
-        require(f.w, Relation::GreaterOrEqual, 0);
-        require(f.h, Relation::GreaterOrEqual, 0);
         const QSize hint = child->sizeHint();
         const QSize minimum = child->minimumSize();
         const QSize maximum = child->maximumSize();
@@ -411,18 +459,21 @@ void ConstraintLayout::rebuild() const
             const bool horizontal = axis == Qt::Horizontal;
             const ConstraintSolver::Variable v = horizontal ? f.w : f.h;
             const int intrinsic = horizontal ? hint.width() : hint.height();
+            bool fine = true;
             if (intrinsic >= 0) {
-                require(v, Relation::LessOrEqual, intrinsic,
-                        strengthOf(contentHuggingPriority(child, axis)));
-                require(v, Relation::GreaterOrEqual, intrinsic,
-                        strengthOf(compressionResistancePriority(child, axis)));
+                fine = fine
+                    && require(v, Relation::LessOrEqual, intrinsic,
+                               strengthOf(contentHuggingPriority(child, axis)))
+                    && require(v, Relation::GreaterOrEqual, intrinsic,
+                               strengthOf(compressionResistancePriority(child, axis)));
             }
             const int low = horizontal ? minimum.width() : minimum.height();
             const int high = horizontal ? maximum.width() : maximum.height();
-            if (low > 0)
-                require(v, Relation::GreaterOrEqual, low);
+            fine = fine && require(v, Relation::GreaterOrEqual, std::max(low, 0));
             if (high < QWIDGETSIZE_MAX)
-                require(v, Relation::LessOrEqual, high);
+                fine = fine && require(v, Relation::LessOrEqual, high);
+            if (!fine)
+                return false;
         }
     }
 
@@ -432,11 +483,13 @@ void ConstraintLayout::rebuild() const
                     strengthOf(LayoutPriority::fittingSizeLevel), &fitW);
     s.addConstraint({{{m_container.h, 1}}, 0}, Relation::Equal,
                     strengthOf(LayoutPriority::fittingSizeLevel), &fitH);
-    m_fittingSize = QSizeF(s.value(m_container.w), s.value(m_container.h));
+    m_fittingSize
+        = QSizeF(std::max(0.0, s.value(m_container.w)), std::max(0.0, s.value(m_container.h)));
     s.removeConstraint(fitW);
     s.removeConstraint(fitH);
     s.addEditVariable(m_container.w, strengthOf(ContainerSizePriority));
     s.addEditVariable(m_container.h, strengthOf(ContainerSizePriority));
+    return true;
 }
 
 QRectF ConstraintLayout::solvedFrame(const LayoutItem &item)

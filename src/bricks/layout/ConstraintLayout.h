@@ -7,6 +7,7 @@
 #include <QLayout>
 #include <QList>
 #include <QRectF>
+#include <QSet>
 
 #include <memory>
 
@@ -70,7 +71,11 @@ private:
     std::optional<ConstraintSolver::Expression> expressionFor(const LayoutItem &item,
                                                               LayoutAttribute attribute,
                                                               double factor) const;
-    void addConstraintToSolver(const LayoutConstraint &constraint) const;
+    bool tryRebuild() const;
+    QList<int> intrinsicSignature() const;
+    bool addConstraintToSolver(const LayoutConstraint &constraint) const;
+    bool addToSolver(const ConstraintSolver::Expression &e, ConstraintSolver::Relation relation,
+                     double strength, const LayoutConstraint *constraint) const;
 
     QList<QLayoutItem *> m_items;
     QList<LayoutConstraint> m_constraints;
@@ -83,5 +88,9 @@ private:
     mutable QSizeF m_fittingSize;
     mutable QSizeF m_suggested {-1, -1};
     mutable int m_ignored = 0;
+    mutable int m_addition = 0;
+    mutable QSet<int> m_refused;
     mutable bool m_dirty = true;
+    mutable bool m_hintsDirty = true;
+    mutable QList<int> m_signature;
 };

@@ -26,6 +26,7 @@ ConstraintSolver::ConstraintSolver() = default;
 ConstraintSolver::Symbol ConstraintSolver::newSymbol(SymbolType type)
 {
     m_symbolTypes.push_back(type);
+    m_columns.emplace_back();
     return Symbol(m_symbolTypes.size() - 1);
 }
 
@@ -47,18 +48,15 @@ void ConstraintSolver::insert(Row &row, int slot, Symbol s, double coefficient)
                                      [](const auto &cell, Symbol v) { return cell.first < v; });
     if (it != row.cells.end() && it->first == s) {
         it->second += coefficient;
-        if (nearZero(it->second)) {
+        if (nearZero(it->second))
             row.cells.erase(it);
-            if (slot >= 0)
-                m_columns[s].erase(slot);
-        }
         return;
     }
     if (nearZero(coefficient))
         return;
     row.cells.insert(it, {s, coefficient});
     if (slot >= 0)
-        m_columns[s].insert(slot);
+        m_columns[s].push_back(slot);
 }
 
 void ConstraintSolver::insertRow(Row &row, int slot, const Row &other, double coefficient)
@@ -84,16 +82,12 @@ void ConstraintSolver::insertRow(Row &row, int slot, const Row &other, double co
         if (a != row.cells.end() && a->first == s) {
             const double sum = a->second + added;
             ++a;
-            if (nearZero(sum)) {
-                if (slot >= 0)
-                    m_columns[s].erase(slot);
-            } else {
+            if (!nearZero(sum))
                 merged.emplace_back(s, sum);
-            }
         } else if (!nearZero(added)) {
             merged.emplace_back(s, added);
             if (slot >= 0)
-                m_columns[s].insert(slot);
+                m_columns[s].push_back(slot);
         }
     }
     row.cells = std::move(merged);
@@ -106,8 +100,7 @@ void ConstraintSolver::take(Row &row, int slot, Symbol s)
     if (it == row.cells.end() || it->first != s)
         return;
     row.cells.erase(it);
-    if (slot >= 0)
-        m_columns[s].erase(slot);
+    Q_UNUSED(slot)
 }
 
 // Turns "a*s + rest = 0" into "s = -rest/a".
@@ -149,7 +142,7 @@ int ConstraintSolver::addBasic(Symbol basic, Row row)
     m_slots[slot].basic = basic;
     m_slots[slot].row = std::move(row);
     for (const auto &cell : m_slots[slot].row.cells)
-        m_columns[cell.first].insert(slot);
+        m_columns[cell.first].push_back(slot);
     m_basicSlot[basic] = slot;
     return slot;
 }
@@ -160,8 +153,6 @@ ConstraintSolver::Row ConstraintSolver::removeBasic(Symbol basic)
     const int slot = it->second;
     m_basicSlot.erase(it);
     Row row = std::move(m_slots[slot].row);
-    for (const auto &cell : row.cells)
-        m_columns[cell.first].erase(slot);
     m_slots[slot].basic = Invalid;
     m_slots[slot].row = Row();
     m_freeSlots.push_back(slot);
@@ -172,6 +163,24 @@ int ConstraintSolver::slotOf(Symbol basic) const
 {
     const auto it = m_basicSlot.find(basic);
     return it == m_basicSlot.end() ? -1 : it->second;
+}
+
+const std::vector<int> &ConstraintSolver::column(Symbol s)
+{
+    if (m_slotStamp.size() < m_slots.size())
+        m_slotStamp.resize(m_slots.size(), 0);
+    ++m_stamp;
+    std::vector<int> &list = m_columns[s];
+    size_t kept = 0;
+    for (const int slot : list) {
+        if (m_slotStamp[slot] == m_stamp || m_slots[slot].basic == Invalid
+            || m_slots[slot].row.coefficientFor(s) == 0)
+            continue;
+        m_slotStamp[slot] = m_stamp;
+        list[kept++] = slot;
+    }
+    list.resize(kept);
+    return list;
 }
 
 ConstraintSolver::Row ConstraintSolver::createRow(const Expression &expression, Relation relation,
@@ -253,19 +262,8 @@ bool ConstraintSolver::addConstraint(const Expression &expression, Relation rela
         }
     }
     if (subject == Invalid) {
-        // A failed attempt leaves the tableau holding the contradiction: keep a copy to go back.
-        const std::vector<Slot> slots = m_slots;
-        const std::vector<int> freeSlots = m_freeSlots;
-        const std::unordered_map<Symbol, int> basicSlot = m_basicSlot;
-        const std::unordered_map<Symbol, std::unordered_set<int>> columns = m_columns;
-        const Row objective = m_objective;
         if (!addWithArtificialVariable(row)) {
-            m_slots = slots;
-            m_freeSlots = freeSlots;
-            m_basicSlot = basicSlot;
-            m_columns = columns;
-            m_objective = objective;
-            m_infeasible.clear();
+            m_valid = false;
             return false;
         }
     } else {
@@ -309,29 +307,24 @@ bool ConstraintSolver::addWithArtificialVariable(const Row &row)
         addBasic(entering, std::move(basicRow));
     }
     // The artificial symbol is not basic any more: drop it from every row.
-    const auto column = m_columns.find(art);
-    if (column != m_columns.end()) {
-        const std::vector<int> slots(column->second.begin(), column->second.end());
-        for (const int slot : slots)
-            take(m_slots[slot].row, slot, art);
-        m_columns.erase(art);
-    }
+    const std::vector<int> slots = column(art);
+    for (const int slot : slots)
+        take(m_slots[slot].row, slot, art);
+    m_columns[art].clear();
     take(m_objective, -1, art);
     return success;
 }
 
 void ConstraintSolver::substitute(Symbol s, const Row &row)
 {
-    const auto column = m_columns.find(s);
-    if (column != m_columns.end()) {
-        const std::vector<int> slots(column->second.begin(), column->second.end());
-        for (const int slot : slots) {
-            Slot &target = m_slots[slot];
-            substituteInto(target.row, slot, s, row);
-            if (m_symbolTypes[target.basic] != SymbolType::External && target.row.constant < 0)
-                m_infeasible.push_back(target.basic);
-        }
+    const std::vector<int> slots = column(s);
+    for (const int slot : slots) {
+        Slot &target = m_slots[slot];
+        substituteInto(target.row, slot, s, row);
+        if (m_symbolTypes[target.basic] != SymbolType::External && target.row.constant < 0)
+            m_infeasible.push_back(target.basic);
     }
+    m_columns[s].clear();
     substituteInto(m_objective, -1, s, row);
     if (m_artificial)
         substituteInto(*m_artificial, -1, s, row);
@@ -349,14 +342,11 @@ ConstraintSolver::Symbol ConstraintSolver::enteringSymbol(const Row &objective) 
     return best;
 }
 
-int ConstraintSolver::leavingSlot(Symbol entering) const
+int ConstraintSolver::leavingSlot(Symbol entering)
 {
     double ratio = std::numeric_limits<double>::max();
     int found = -1;
-    const auto column = m_columns.find(entering);
-    if (column == m_columns.end())
-        return -1;
-    for (const int slot : column->second) {
+    for (const int slot : column(entering)) {
         const Slot &candidate = m_slots[slot];
         if (m_symbolTypes[candidate.basic] == SymbolType::External)
             continue;
@@ -423,15 +413,12 @@ void ConstraintSolver::dualOptimize()
     }
 }
 
-int ConstraintSolver::markerLeavingSlot(Symbol marker) const
+int ConstraintSolver::markerLeavingSlot(Symbol marker)
 {
     const double max = std::numeric_limits<double>::max();
     double r1 = max, r2 = max;
     int first = -1, second = -1, third = -1;
-    const auto column = m_columns.find(marker);
-    if (column == m_columns.end())
-        return -1;
-    for (const int slot : column->second) {
+    for (const int slot : column(marker)) {
         const Slot &candidate = m_slots[slot];
         const double c = candidate.row.coefficientFor(marker);
         if (c == 0)
@@ -488,7 +475,7 @@ void ConstraintSolver::removeConstraint(ConstraintId id)
         solveFor(row, -1, leaving, tag.marker);
         substitute(tag.marker, row);
     }
-    m_columns.erase(tag.marker);
+    m_columns[tag.marker].clear();
     optimize(m_objective);
 }
 
@@ -531,8 +518,8 @@ void ConstraintSolver::suggestValue(Variable variable, double value)
         m_slots[other].row.constant += delta;
         if (m_slots[other].row.constant < 0)
             m_infeasible.push_back(edit.tag.other);
-    } else if (const auto column = m_columns.find(edit.tag.marker); column != m_columns.end()) {
-        for (const int slot : column->second) {
+    } else {
+        for (const int slot : column(edit.tag.marker)) {
             Slot &target = m_slots[slot];
             const double c = target.row.coefficientFor(edit.tag.marker);
             target.row.constant += delta * c;

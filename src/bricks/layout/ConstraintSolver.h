@@ -1,7 +1,6 @@
 #pragma once
 
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -36,8 +35,10 @@ public:
     ConstraintSolver();
 
     Variable newVariable();
-    // False when a required constraint cannot hold together with the ones already there; the
-    // solver is then unchanged.
+    // False when a required constraint cannot hold together with the ones already there. A
+    // refusal found by the artificial-variable phase leaves the tableau unusable (isValid turns
+    // false): the caller builds a new solver without that constraint, which is rare enough to
+    // cost less than keeping an undo copy of the tableau for every addition.
     bool addConstraint(const Expression &expression, Relation relation, double strength,
                        ConstraintId *id = nullptr);
     void removeConstraint(ConstraintId id);
@@ -48,6 +49,7 @@ public:
     bool hasEditVariable(Variable variable) const { return m_edits.contains(variable); }
 
     double value(Variable variable) const;
+    bool isValid() const { return m_valid; }
     int constraintCount() const { return int(m_constraints.size()); }
 
 private:
@@ -94,6 +96,8 @@ private:
     int addBasic(Symbol basic, Row row);
     Row removeBasic(Symbol basic);
     int slotOf(Symbol basic) const;
+    // The slots whose rows hold the symbol now, each once.
+    const std::vector<int> &column(Symbol s);
 
     Row createRow(const Expression &expression, Relation relation, double strength, Tag &tag);
     Symbol chooseSubject(const Row &row, const Tag &tag) const;
@@ -103,16 +107,20 @@ private:
     void dualOptimize();
     Symbol enteringSymbol(const Row &objective) const;
     Symbol dualEnteringSymbol(const Row &row) const;
-    int leavingSlot(Symbol entering) const;
-    int markerLeavingSlot(Symbol marker) const;
+    int leavingSlot(Symbol entering);
+    int markerLeavingSlot(Symbol marker);
     void removeMarkerEffects(Symbol marker, double strength);
 
     std::vector<SymbolType> m_symbolTypes;
     std::vector<Slot> m_slots;
     std::vector<int> m_freeSlots;
     std::unordered_map<Symbol, int> m_basicSlot;
-    // For each symbol, the slots whose rows hold it: substitution touches only those.
-    std::unordered_map<Symbol, std::unordered_set<int>> m_columns;
+    // For each symbol, the slots whose rows may hold it: substitution touches only those. The
+    // lists are lazy: entries are only added, and stale ones are dropped when a list is read.
+    std::vector<std::vector<int>> m_columns;
+    std::vector<unsigned> m_slotStamp;
+    unsigned m_stamp = 0;
+    bool m_valid = true;
     std::unordered_map<ConstraintId, Tag> m_constraints;
     std::unordered_map<Variable, Edit> m_edits;
     std::vector<Symbol> m_infeasible;
