@@ -4,6 +4,7 @@
 #include "bricks/walls/WallDirectives.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QMenu>
 #include <QTest>
 #include <QToolButton>
@@ -60,6 +61,7 @@ private slots:
     void segmentsAndRadioChoices();
     void fakeComboBoxMenuWithSections();
     void readOnlyLabelsFollow();
+    void valueControlsSendOnlyUserChanges();
 };
 
 void tst_Bricks::checkBoxFollowsTheVariableBothWays()
@@ -243,6 +245,50 @@ void tst_Bricks::readOnlyLabelsFollow()
         for (int y = 0; y < image.height() && !inked; ++y)
             inked = image.pixelColor(x, y) != image.pixelColor(0, 0);
     QVERIFY(inked);
+    delete assembly->view();
+}
+
+void tst_Bricks::valueControlsSendOnlyUserChanges()
+{
+    auto date = std::make_shared<StraightVariable<QDateTime>>(
+        QDateTime(QDate(2020, 1, 2), QTime(3, 4, 5)));
+    auto zoom = std::make_shared<StraightVariable<int>>(5);
+    auto state = std::make_shared<StraightVariable<Qt::CheckState>>(Qt::PartiallyChecked);
+    auto city = std::make_shared<StraightVariable<QString>>("Nice");
+    int writes = 0;
+    date->addColdListener([&](const QDateTime &) { ++writes; });
+    zoom->addColdListener([&](int) { ++writes; });
+    state->addColdListener([&](Qt::CheckState) { ++writes; });
+    city->addColdListener([&](const QString &) { ++writes; });
+    auto assembly
+        = build({B::Wall {B::DatePicker(date), B::Slider(1, 18, zoom),
+                          B::TriStateCheckBox("t", state), B::ComboBox({"Lyon", "Nice"}, city)}});
+    assembly->activate();
+    layOut(assembly);
+    auto *picker = only<DatePickerBrick>(assembly);
+    auto *slider = only<SliderBrick>(assembly);
+    auto *tri = only<ButtonStateValueCheckBoxBrick>(assembly);
+    auto *combo = only<ComboBoxBrick>(assembly);
+    QCOMPARE(picker->dateTime(), date->value());
+    QCOMPARE(slider->value(), 5);
+    QCOMPARE(tri->checkState(), Qt::PartiallyChecked);
+    QCOMPARE(combo->currentText(), QStringLiteral("Nice"));
+    date->setValue(QDateTime(QDate(2021, 6, 7), QTime(8, 9, 10)));
+    zoom->setValue(9);
+    city->setValue("Lyon");
+    QCOMPARE(writes, 3); // the controls followed and sent nothing back
+    QCOMPARE(slider->value(), 9);
+    QCOMPARE(combo->currentText(), QStringLiteral("Lyon"));
+
+    slider->setFocus();
+    QTest::keyClick(slider, Qt::Key_Right);
+    QCOMPARE(zoom->value(), 10);
+    QTest::mouseClick(tri, Qt::LeftButton);
+    QCOMPARE(state->value(), tri->checkState());
+    QVERIFY(state->value() != Qt::PartiallyChecked);
+    combo->lineEdit()->selectAll();
+    QTest::keyClicks(combo->lineEdit(), "Annecy");
+    QCOMPARE(city->value(), QStringLiteral("Annecy"));
     delete assembly->view();
 }
 

@@ -71,6 +71,7 @@ private slots:
     void ambiguousAndOutsideAreFound();
     void exemptionsSpareTheViewButNotItsChildren();
     void widgetPlacedByQtLayoutAndConstrained();
+    void viewWithoutSizeSource();
     void minimumSeverityFiltersAndCounts();
     void reportsForPeopleAndMachines();
     void fatalOnError();
@@ -172,6 +173,23 @@ void tst_BricksLayoutValidator::widgetPlacedByQtLayoutAndConstrained()
     QCOMPARE(issues[0].details.value("message").toString(),
              QStringLiteral("View has translatesAutoresizingMaskIntoConstraints = true but also "
                             "has active constraints"));
+    delete root;
+}
+
+void tst_BricksLayoutValidator::viewWithoutSizeSource()
+{
+    const LayoutTag blank("blank"), sized("sized");
+    // Both blanks are placed; only one has a height from its constraints, neither a width.
+    QWidget *root = activated({B::Wall {Blank().tag(blank), Blank().tag(sized)}.layout(
+        {pin(blank, D::left, 4), pin(blank, D::top, 4), pin(sized, D::left, 4),
+         pin(sized, D::top, 30), LayoutRecipeNamespace::height(sized, 10)})});
+    QStringList found;
+    for (const V::Issue &issue : V::validate(root, V::Phase::postLayout))
+        if (issue.kind == V::IssueKind::noSizeSource)
+            found << issue.viewIdentifier + ": " + issue.details.value("message").toString();
+    QCOMPARE(found,
+             QStringList({"blank: View has no size source for: width, height",
+                          "sized: View has no size source for: width"}));
     delete root;
 }
 

@@ -79,6 +79,9 @@ private slots:
     void tagFindsViewBeforeGuide();
     void ambiguousAxesAreFound();
     void sizeModifiersWorkInQtLayouts();
+    void conflictingRequiredConstraintIsBroken();
+    void guidesTakePartInTheLayout();
+    void lowerPriorityGivesWay();
     void fatalStops_data();
     void fatalStops();
 };
@@ -218,6 +221,66 @@ void tst_LayoutRecipes::sizeModifiersWorkInQtLayouts()
     QCOMPARE(field->maximumWidth(), 120);
     QCOMPARE(field->minimumHeight(), 30);
     delete assembly->view();
+}
+
+void tst_LayoutRecipes::conflictingRequiredConstraintIsBroken()
+{
+    const LayoutTag a("a");
+    // A width of 50 cannot hold together with pins 10 inside a 200 wide wall: one of them is
+    // broken, the rest still hold, and the layout goes on working after a resize.
+    QWidget *root = built({B::Wall {Field().tag(a)}.layout({pin(a, D::left, 10), pin(a, D::top, 10),
+                                                            pin(a, D::right, 10),
+                                                            LayoutRecipeNamespace::width(a, 50)})},
+                          {200, 60});
+    auto *field = root->findChild<QLineEdit *>();
+    QCOMPARE(field->x(), 10);
+    QCOMPARE(field->y(), 10);
+    QVERIFY(field->width() == 50 || field->width() == 180);
+    relayout(root, {300, 60});
+    QCOMPARE(field->x(), 10);
+    delete root;
+}
+
+void tst_LayoutRecipes::guidesTakePartInTheLayout()
+{
+    const LayoutTag column("column"), a("a");
+    auto assembly = build({B::Wall {Label("a").tag(a)}});
+    QWidget *root = assembly->view();
+    auto *guide = new LayoutGuide(root, "column");
+    LayoutGuide::setTaggedLayoutGuide(root, column, guide);
+    // The guide is the middle third; the label starts where the guide does.
+    ConstraintLayout::installConstraints(
+        root,
+        {LayoutConstraint::make(guide, LayoutAttribute::width, LayoutRelation::equal, root,
+                                LayoutAttribute::width, 1.0 / 3, 0),
+         LayoutConstraint::make(guide, LayoutAttribute::centerX, LayoutRelation::equal, root,
+                                LayoutAttribute::centerX, 1, 0),
+         LayoutConstraint::make(guide, LayoutAttribute::top, LayoutRelation::equal, root,
+                                LayoutAttribute::top, 1, 0),
+         LayoutConstraint::make(guide, LayoutAttribute::height, LayoutRelation::equal, {},
+                                LayoutAttribute::notAnAttribute, 1, 10)});
+    const auto directive = sameFlushLeft({column, a});
+    ConstraintLayout::installConstraints(root, directive.createConstraints(root));
+    ConstraintLayout::installConstraints(root, pin(a, D::top, 2).createConstraints(root));
+    relayout(root, {300, 40});
+    QCOMPARE(guide->frame(), QRectF(100, 0, 100, 10));
+    QCOMPARE(root->findChild<QLabel *>()->x(), 100);
+    relayout(root, {600, 40});
+    QCOMPARE(root->findChild<QLabel *>()->x(), 200);
+    delete root;
+}
+
+void tst_LayoutRecipes::lowerPriorityGivesWay()
+{
+    const LayoutTag a("a");
+    QWidget *root = built({B::Wall {Field().tag(a)}.layout(
+                              {pin(a, D::left, 0), pin(a, D::top, 0),
+                               LayoutRecipeNamespace::width(a, 120, LayoutRelation::equal, 800),
+                               LayoutRecipeNamespace::width(a, 80, LayoutRelation::equal, 900)})},
+                          {300, 40});
+    // 900 wins over 800, and both over the field's resistance to shrinking below its hint.
+    QCOMPARE(root->findChild<QLineEdit *>()->width(), 80);
+    delete root;
 }
 
 void tst_LayoutRecipes::fatalStops_data()
