@@ -1,0 +1,7 @@
+#include "FragmentWall.h"
+
+FragmentWall::FragmentWall(QWidget *parent)
+    : Wall(parent)
+{ }
+
+void FragmentWall::install(FragmentStackView *) { }
