@@ -239,7 +239,7 @@ void readId3Metadata(const QString &path, AVKitHelper::Asset &asset)
 
 const AVKitHelper &AVKitHelper::shared()
 {
-    static const AVKitHelper instance;
+    static const AVKitHelper &instance = *new AVKitHelper;
     return instance;
 }
 

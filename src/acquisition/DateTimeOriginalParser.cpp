@@ -59,7 +59,7 @@ std::optional<QDateTime> readFormatWithZone(const QString &text, const QString &
 
 DateTimeOriginalParser &DateTimeOriginalParser::sharedInstance()
 {
-    static DateTimeOriginalParser instance;
+    static DateTimeOriginalParser &instance = *new DateTimeOriginalParser;
     return instance;
 }
 

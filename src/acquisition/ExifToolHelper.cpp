@@ -114,7 +114,7 @@ QStringList allSupportedFileFormats()
 
 ExifToolHelper &ExifToolHelper::sharedInstance()
 {
-    static ExifToolHelper instance;
+    static ExifToolHelper &instance = *new ExifToolHelper;
     return instance;
 }
 

@@ -286,7 +286,7 @@ QVariant oneOrList(const QStringList &texts)
 
 const ImageIOHelper &ImageIOHelper::shared()
 {
-    static const ImageIOHelper instance;
+    static const ImageIOHelper &instance = *new ImageIOHelper;
     return instance;
 }
 

@@ -11,7 +11,7 @@ constexpr int keepAliveLimit = 100;
 
 ModernExifExtraction &ModernExifExtraction::shared()
 {
-    static ModernExifExtraction instance;
+    static ModernExifExtraction &instance = *new ModernExifExtraction;
     return instance;
 }
 

@@ -351,7 +351,7 @@ void readMediaAttributes(const QString &path, Attributes &a)
 
 const SpotlightHelper &SpotlightHelper::shared()
 {
-    static const SpotlightHelper instance;
+    static const SpotlightHelper &instance = *new SpotlightHelper;
     return instance;
 }
 

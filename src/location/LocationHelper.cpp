@@ -102,7 +102,7 @@ QString shortestText(double value)
 
 const LocationHelper &LocationHelper::shared()
 {
-    static const LocationHelper instance;
+    static const LocationHelper &instance = *new LocationHelper;
     return instance;
 }
 

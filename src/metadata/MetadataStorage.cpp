@@ -32,7 +32,8 @@ MetadataStorage::MetadataStorage()
 
 MetadataStorage &MetadataStorage::shared()
 {
-    static MetadataStorage instance;
+    // Never destroyed: background reads may still store while the program exits.
+    static MetadataStorage &instance = *new MetadataStorage;
     return instance;
 }
 

@@ -57,7 +57,7 @@ std::optional<QString> TagManager::localizedAbbreviation(DescriptiveTagSpace spa
 const TagManager &TagManager::shared()
 {
     // A function-local static is built once, even when first asked for on several threads.
-    static const TagManager instance;
+    static const TagManager &instance = *new TagManager;
     return instance;
 }
 

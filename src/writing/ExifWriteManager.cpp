@@ -107,7 +107,7 @@ void printToStandardOutput(const QString &text)
 
 ExifWriteManager &ExifWriteManager::shared()
 {
-    static ExifWriteManager instance;
+    static ExifWriteManager &instance = *new ExifWriteManager;
     return instance;
 }
 

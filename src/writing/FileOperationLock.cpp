@@ -4,7 +4,7 @@
 
 FileOperationLock &FileOperationLock::shared()
 {
-    static FileOperationLock instance;
+    static FileOperationLock &instance = *new FileOperationLock;
     return instance;
 }
 
