@@ -1,0 +1,101 @@
+// Writes GPS and a city to 300 JPEGs one file after another through ExifWriteManager, the way
+// a bulk apply reaches the files (one worker per file), and the same tags to copies of the same
+// files with one batch exiftool call, to tell how far the per-file worker is from ExifTool's
+// own batch speed.
+#include "WriteFixtures.h"
+
+#include "writing/ExifWriteManager.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int fileCount = 300;
+
+const QStringList pairs = {u"GPSLatitude#"_s,   u"-33.856784"_s,      u"GPSLongitude#"_s,
+                           u"151.215297"_s,     u"GPSLongitudeRef"_s, u"East"_s,
+                           u"GPSLatitudeRef"_s, u"South"_s,           u"City"_s,
+                           u"Sydney"_s};
+
+void print(const QString &line)
+{
+    std::printf("%s\n", qPrintable(line));
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QTemporaryDir root;
+    const QString original = root.filePath(u"original.jpg"_s);
+    const QString made = WriteFixtures::makeFixture(original);
+    if (!made.isEmpty()) {
+        print(u"cannot make the fixture: "_s + made);
+        return 1;
+    }
+
+    QStringList palometFiles;
+    QStringList batchFiles;
+    for (const QString &name : {u"palomet"_s, u"batch"_s}) {
+        QDir().mkpath(root.filePath(name));
+        for (int i = 0; i < fileCount; ++i) {
+            const QString path = root.filePath(u"%1/%2.jpg"_s.arg(name).arg(i, 3, 10, QChar(u'0')));
+            QFile::copy(original, path);
+            (name == u"palomet" ? palometFiles : batchFiles) << path;
+        }
+    }
+
+    QElapsedTimer timer;
+    timer.start();
+    int failures = 0;
+    for (const QString &path : std::as_const(palometFiles)) {
+        std::optional<QString> message;
+        if (!ExifWriteManager::shared().setTagsOfFile(path, pairs, message))
+            ++failures;
+    }
+    const double palometSeconds = timer.nsecsElapsed() / 1e9;
+
+    // The same tags for the command line: TAG#=VALUE takes the number as it is, and -P keeps
+    // the dates as the application does.
+    QStringList arguments = {u"-q"_s,
+                             u"-overwrite_original"_s,
+                             u"-P"_s,
+                             u"-GPS:GPSLatitude#=33.856784"_s,
+                             u"-GPS:GPSLongitude#=151.215297"_s,
+                             u"-GPSLongitudeRef=East"_s,
+                             u"-GPSLatitudeRef=South"_s,
+                             u"-City=Sydney"_s};
+    arguments << root.filePath(u"batch"_s);
+    timer.restart();
+    const WriteFixtures::CommandResult batch = WriteFixtures::exifTool(arguments);
+    const double batchSeconds = timer.nsecsElapsed() / 1e9;
+    if (failures > 0 || batch.exitCode != 0) {
+        print(u"writes failed: %1 through the worker, batch exit code %2"_s.arg(failures).arg(
+            batch.exitCode));
+        return 1;
+    }
+
+    const double palometRate = fileCount / palometSeconds;
+    const double batchRate = fileCount / batchSeconds;
+    print(u"files: %1 JPEGs of %2 bytes, GPS with references and City"_s.arg(fileCount).arg(
+        QFileInfo(original).size()));
+    print(u"ExifWriteManager one by one: %1 s, %2 files/s"_s.arg(palometSeconds, 0, 'f', 2)
+              .arg(palometRate, 0, 'f', 1));
+    print(u"one batch exiftool call: %1 s, %2 files/s"_s.arg(batchSeconds, 0, 'f', 2)
+              .arg(batchRate, 0, 'f', 1));
+    print(u"RESULT write_vs_batch=%1 write_files_per_s=%2"_s.arg(palometRate / batchRate, 0, 'f', 3)
+              .arg(palometRate, 0, 'f', 1));
+    return 0;
+}
