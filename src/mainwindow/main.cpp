@@ -1,5 +1,7 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
+#include "acquisition/PlatformReaders.h"
+#include "metadata/DataCoordinator.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 
@@ -16,6 +18,8 @@ int main(int argc, char *argv[])
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
+
+    PlatformReaders::install(DataCoordinator::shared());
 
     DataModel dataModel;
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
