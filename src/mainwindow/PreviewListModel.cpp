@@ -1,5 +1,6 @@
 #include "PreviewListModel.h"
 
+#include "metadata/MetadataStorage.h"
 #include "metadata/TagManager.h"
 
 #include <QCoreApplication>
@@ -16,6 +17,28 @@ public:
     PreviewListModel *model;
     const Node *node;
 };
+
+namespace {
+
+// The IPTC status in the words the GPS status uses; the value is in the store once it shows.
+QString iptcStatusText(const QString &path)
+{
+    switch (MetadataStorage::shared().getObjCIntegerValue(path, QStringLiteral("IPTCDataComplete"),
+                                                          MetadataSource::ExifToolGeneric)) {
+    case 0:
+        return QStringLiteral("none");
+    case 1:
+        return QStringLiteral("complete");
+    case 2:
+        return QStringLiteral("incomplete");
+    case 3:
+        return QStringLiteral("divergent");
+    default:
+        return QString();
+    }
+}
+
+} // namespace
 
 PreviewListModel::PreviewListModel(QStringList keys, QObject *parent)
     : QAbstractTableModel(parent)
@@ -47,6 +70,8 @@ QVariant PreviewListModel::data(const QModelIndex &index, int role) const
     const DisplayStringWrapper value = node->getDisplayString(key);
     switch (value.kind()) {
     case DisplayStringWrapper::Kind::Present:
+        if (key == QLatin1String("IPTCDataComplete"))
+            return iptcStatusText(node->absolutePath);
         return value.text();
     case DisplayStringWrapper::Kind::NotPresent:
         return QString();

@@ -1,7 +1,6 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
-#include "acquisition/PlatformReaders.h"
-#include "metadata/DataCoordinator.h"
+#include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 
@@ -16,10 +15,10 @@ int main(int argc, char *argv[])
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
     QApplication::setOrganizationName(QStringLiteral("palomet"));
 
+    ApplicationStart::installMetadataReaders();
+
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
-
-    PlatformReaders::install(DataCoordinator::shared());
 
     DataModel dataModel;
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
