@@ -1,7 +1,7 @@
 #include "acquisition/AVKitHelper.h"
 #include "acquisition/ImageIOHelper.h"
-#include "acquisition/PlatformReaders.h"
 #include "acquisition/SpotlightHelper.h"
+#include "commons/ApplicationStart.h"
 #include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "session/Node.h"
@@ -42,7 +42,7 @@ void tst_PlatformReaderStoring::initTestCase()
     m_jpeg = ReaderFixtures::jpegWithMetadata(m_dir.path());
     m_mp4 = ReaderFixtures::mp4WithLocation(m_dir.path());
     QVERIFY(!m_jpeg.isEmpty() && !m_mp4.isEmpty());
-    PlatformReaders::install(DataCoordinator::shared());
+    ApplicationStart::installMetadataReaders();
 }
 
 void tst_PlatformReaderStoring::valuesAreStoredUnderTheReadersSource()
