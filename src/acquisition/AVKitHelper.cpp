@@ -341,12 +341,10 @@ AVKitHelper::Asset AVKitHelper::assetWithPath(const QString &path)
     return asset;
 }
 
-#if __has_include("metadata/MetadataStorage.h")
 void AVKitHelper::retrieveAndStoreAllTagsFor(const QString &path) const
 {
     storeExtractedValues(path, MetadataSource::AVKit, extract(path));
 }
-#endif
 
 ExtractedValues AVKitHelper::extract(const QString &path) const
 {

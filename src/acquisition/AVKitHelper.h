@@ -36,11 +36,9 @@ public:
 
     static const AVKitHelper &shared();
 
-#if __has_include("metadata/MetadataStorage.h")
     // Reads one file and stores its values in MetadataStorage at source 4, on this thread;
     // the stores themselves are asynchronous on the store's queue.
     void retrieveAndStoreAllTagsFor(const QString &path) const;
-#endif
 
     // The asset of a file; a file that can't be read gives an empty asset.
     static Asset assetWithPath(const QString &path);

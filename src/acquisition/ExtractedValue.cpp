@@ -1,6 +1,5 @@
 #include "ExtractedValue.h"
 
-#if __has_include("metadata/MetadataStorage.h")
 #include "metadata/MetadataStorage.h"
 
 void storeExtractedValues(const QString &path, MetadataSource source, const ExtractedValues &values)
@@ -25,4 +24,3 @@ void storeExtractedValues(const QString &path, MetadataSource source, const Extr
         }
     }
 }
-#endif

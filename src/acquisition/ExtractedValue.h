@@ -1,5 +1,6 @@
 #pragma once
 
+#include "metadata/MetadataSource.h"
 #include "metadata/WrappedMetaDataValue.h"
 
 #include <QList>
@@ -17,11 +18,7 @@ struct ExtractedValue
 // A reader's values in the order in which they are stored.
 using ExtractedValues = QList<ExtractedValue>;
 
-#if __has_include("metadata/MetadataStorage.h")
-#include "metadata/MetadataSource.h"
-
 // Stores each value in MetadataStorage under the path and source: texts as texts, dates as
 // dates, in order.
 void storeExtractedValues(const QString &path, MetadataSource source,
                           const ExtractedValues &values);
-#endif

@@ -453,12 +453,10 @@ ImageIOHelper::ImageIOHelper()
                           u"pgf"_qs,  u"exv"_qs,  u"m4b"_qs})
 { }
 
-#if __has_include("metadata/MetadataStorage.h")
 void ImageIOHelper::retrieveAndStoreAllTagsFor(const QString &path) const
 {
     storeExtractedValues(path, MetadataSource::ImageIO, extract(path));
 }
-#endif
 
 ExtractedValues ImageIOHelper::extract(const QString &path) const
 {

@@ -41,11 +41,9 @@ public:
 
     static const ImageIOHelper &shared();
 
-#if __has_include("metadata/MetadataStorage.h")
     // Reads one file and stores its values in MetadataStorage at source 3, on this thread;
     // the stores themselves are asynchronous on the store's queue.
     void retrieveAndStoreAllTagsFor(const QString &path) const;
-#endif
 
     // The values of one file in their order of storing; empty for a type outside
     // supportedFileTypes or an unreadable file.

@@ -468,12 +468,10 @@ std::optional<QVariantHash> SpotlightHelper::itemAttributes(const QString &path)
     return a;
 }
 
-#if __has_include("metadata/MetadataStorage.h")
 void SpotlightHelper::retrieveAndStoreAllTagsFor(const QString &path) const
 {
     storeExtractedValues(path, MetadataSource::Spotlight, extract(path));
 }
-#endif
 
 ExtractedValues SpotlightHelper::extract(const QString &path) const
 {

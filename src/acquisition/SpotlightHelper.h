@@ -33,11 +33,9 @@ public:
 
     static const SpotlightHelper &shared();
 
-#if __has_include("metadata/MetadataStorage.h")
     // Reads one file and stores its values in MetadataStorage at source 31, on this thread;
     // the stores themselves are asynchronous on the store's queue.
     void retrieveAndStoreAllTagsFor(const QString &path) const;
-#endif
 
     // The item of a file: attribute name to a text, a list of texts, an integer, a double, a
     // date or a list of dates. Absent when the file can't be looked at.
