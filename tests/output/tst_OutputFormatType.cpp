@@ -42,7 +42,7 @@ QStringList filesIn(const QString &folder)
 
 } // namespace
 
-class tst_OutputCommit : public QObject
+class tst_OutputFormatType : public QObject
 {
     Q_OBJECT
 
@@ -62,17 +62,17 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_OutputCommit::initTestCase()
+void tst_OutputFormatType::initTestCase()
 {
     TestSupport::useTemporaryUserDefaults();
 }
 
-void tst_OutputCommit::cleanup()
+void tst_OutputFormatType::cleanup()
 {
     ClipboardWriter::install(nullptr);
 }
 
-void tst_OutputCommit::encodings_data()
+void tst_OutputFormatType::encodings_data()
 {
     QTest::addColumn<int>("encodingMode");
     QTest::addColumn<QByteArray>("bytes");
@@ -91,7 +91,7 @@ void tst_OutputCommit::encodings_data()
         << u"ISO Latin 1 cannot hold €, 😀, so each was saved as \"?\"."_s;
 }
 
-void tst_OutputCommit::encodings()
+void tst_OutputFormatType::encodings()
 {
     QFETCH(int, encodingMode);
     DataModelSnapshot snapshot;
@@ -105,7 +105,7 @@ void tst_OutputCommit::encodings()
     QTEST(contents(path), "bytes");
 }
 
-void tst_OutputCommit::fileTypes_data()
+void tst_OutputFormatType::fileTypes_data()
 {
     QTest::addColumn<int>("format");
     QTest::addColumn<QStringList>("allowed");
@@ -131,7 +131,7 @@ void tst_OutputCommit::fileTypes_data()
         << QString();
 }
 
-void tst_OutputCommit::fileTypes()
+void tst_OutputFormatType::fileTypes()
 {
     QFETCH(int, format);
     QFETCH(QString, name);
@@ -152,7 +152,7 @@ void tst_OutputCommit::fileTypes()
     QCOMPARE(contents(m_dir.filePath(savedAs)), QByteArray("text"));
 }
 
-void tst_OutputCommit::failedSaveLeavesEarlierFileAlone()
+void tst_OutputFormatType::failedSaveLeavesEarlierFileAlone()
 {
     QTemporaryDir folder;
     JSONOutputFormat format;
@@ -187,7 +187,7 @@ void tst_OutputCommit::failedSaveLeavesEarlierFileAlone()
     QVERIFY(!result.message.isEmpty());
 }
 
-void tst_OutputCommit::copyingFormatsFillTheClipboard()
+void tst_OutputFormatType::copyingFormatsFillTheClipboard()
 {
     const QString table = u"\"a\"\t\"b\"\n"_s;
     CopyToExcelFormat excel;
@@ -215,7 +215,7 @@ void tst_OutputCommit::copyingFormatsFillTheClipboard()
     QCOMPARE(clipboard.written[1].html, std::optional(page));
 }
 
-void tst_OutputCommit::mapFormatHasNothingToSave()
+void tst_OutputFormatType::mapFormatHasNothingToSave()
 {
     CSVOutputFormat format;
     const QString path = m_dir.filePath(u"map.csv"_s);
@@ -225,7 +225,7 @@ void tst_OutputCommit::mapFormatHasNothingToSave()
     QVERIFY(!QFileInfo::exists(path));
 }
 
-void tst_OutputCommit::engineReformatsOnSettingsAndSavesTheText()
+void tst_OutputFormatType::engineReformatsOnSettingsAndSavesTheText()
 {
     OutputFixture files;
     files.file(u"a.jpg"_s);
@@ -266,5 +266,5 @@ void tst_OutputCommit::engineReformatsOnSettingsAndSavesTheText()
     QVERIFY(TestSupport::waitUntil([&] { return engine->queue().operationCount() == 0; }));
 }
 
-QTEST_GUILESS_MAIN(tst_OutputCommit)
-#include "tst_OutputCommit.moc"
+QTEST_GUILESS_MAIN(tst_OutputFormatType)
+#include "tst_OutputFormatType.moc"
