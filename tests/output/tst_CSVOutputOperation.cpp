@@ -1,4 +1,6 @@
 #include "OutputFixture.h"
+#include "ReaderFixtures.h"
+#include "commons/ApplicationStart.h"
 #include "map/HeadlessMapView.h"
 #include "output/CSVOutputOperation.h"
 #include "platform/MainQueue.h"
@@ -20,6 +22,7 @@ private slots:
     void leadingDecimal_data();
     void leadingDecimal();
     void runsOnTheEngineQueueAndMakesNoText();
+    void realPhotoReadByTheImageReader();
 
 private:
     // The headless map, installed for one test function.
@@ -165,6 +168,31 @@ void tst_CSVOutputOperation::runsOnTheEngineQueueAndMakesNoText()
     QCOMPARE(map.pointAnnotations().size(), 1);
     QCOMPARE(map.pointAnnotations().first().latitude, 1.5);
     QCOMPARE(map.pointAnnotations().first().subtitle, placed->smartName);
+}
+
+void tst_CSVOutputOperation::realPhotoReadByTheImageReader()
+{
+    ApplicationStart::installMetadataReaders();
+    QTemporaryDir dir;
+    const QString path = ReaderFixtures::jpegWithMetadata(dir.path(), u"IMG_7.jpg"_s);
+    QVERIFY(!path.isEmpty());
+    // A photo without any position beside it.
+    const QString plain = dir.filePath(u"plain.jpg"_s);
+    QVERIFY(ReaderFixtures::run(u"convert"_s, {u"-size"_s, u"8x8"_s, u"xc:gray"_s, plain}));
+    const QList<NodePtr> nodes = {FileNode::create(u"IMG_7.jpg"_s, path, u"IMG_7.jpg"_s),
+                                  FileNode::create(u"plain.jpg"_s, plain, u"plain.jpg"_s)};
+
+    InstalledMap installed;
+    // The image reader's source has not been read: the pass reads it on its own thread.
+    CSVOutputOperation operation(DataModelSnapshot(), nullptr, OutputFixture::list(nodes));
+    operation.main();
+    QVERIFY(drainMainQueue());
+    QCOMPARE(installed.map.pointAnnotations().size(), 1);
+    const PointAnnotation &annotation = installed.map.pointAnnotations().first();
+    QVERIFY(qAbs(annotation.latitude - 48.8584) < 1e-6);
+    QVERIFY(qAbs(annotation.longitude + 2.2945) < 1e-6);
+    QCOMPARE(annotation.title, std::optional(u"Paris"_s));
+    QCOMPARE(annotation.subtitle, nodes.first()->smartName);
 }
 
 QTEST_GUILESS_MAIN(tst_CSVOutputOperation)
