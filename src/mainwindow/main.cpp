@@ -1,5 +1,6 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
+#include "QtClipboardWriter.h"
 #include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
@@ -19,6 +20,8 @@ int main(int argc, char *argv[])
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
+    QtClipboardWriter clipboard;
+    ClipboardWriter::install(&clipboard);
 
     DataModel dataModel;
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
@@ -37,6 +40,7 @@ int main(int argc, char *argv[])
 
     const int status = app.exec();
     dataModel.sourceList.deleteAll();
+    ClipboardWriter::install(nullptr);
     AlertPresenter::install(nullptr);
     return status;
 }

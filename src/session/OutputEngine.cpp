@@ -4,7 +4,12 @@
 #include "StageOperations.h"
 #include "bricks/KVOResponder.h"
 #include "metadata/MetadataStorage.h"
-#include "output/OutputFormatType.h"
+#include "output/CSVOutputFormat.h"
+#include "output/CopyToExcelFormat.h"
+#include "output/CopyToHTMLEditorOutputFormat.h"
+#include "output/HTMLOutputFormat.h"
+#include "output/JSONOutputFormat.h"
+#include "output/TSVOutputFormat.h"
 #include "platform/MainQueue.h"
 
 std::shared_ptr<OutputEngine> OutputEngine::create(DataModel *dataModel)
@@ -18,6 +23,14 @@ OutputEngine::OutputEngine(DataModel *dataModel)
     , serialQueue(QStringLiteral("outputEngineSerialQueue"))
     , operationQueue(QStringLiteral("mainOperationQueue"), 1, QualityOfService::UserInteractive)
 {
+    outputFormats.insert(int(OutputFormatIndexEnum::CSV), std::make_shared<CSVOutputFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::TSV), std::make_shared<TSVOutputFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::JSON), std::make_shared<JSONOutputFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::HTML), std::make_shared<HTMLOutputFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::CopyToHTML),
+                         std::make_shared<CopyToHTMLEditorOutputFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::CopyToExcel),
+                         std::make_shared<CopyToExcelFormat>());
     outputCompletePublisher->addColdListener([](bool) {});
 }
 
@@ -30,6 +43,11 @@ void OutputEngine::setOutputFormat(OutputFormatIndexEnum index,
                                    std::shared_ptr<OutputFormatType> format)
 {
     outputFormats.insert(int(index), std::move(format));
+}
+
+OutputFormatType *OutputEngine::outputFormatObject(OutputFormatIndexEnum index) const
+{
+    return outputFormats.value(int(index)).get();
 }
 
 void OutputEngine::addPreviewTable(std::weak_ptr<PreviewTableUpdating> table)
@@ -183,6 +201,7 @@ void OutputEngine::outputOperationFinished(OutputOperationType &operation)
 {
     serialQueue.sync([&] {
         m_currentOutputString = operation.outputString();
+        m_currentOutputStringFormat = operation.outputFormat();
         m_currentFileCount = operation.totalFileCount();
     });
     // Never reset: each completion is a fresh notification with the same value.
@@ -212,6 +231,32 @@ OutputFormatType *OutputEngine::currentOutputFormat() const
     if (!m_dataModel)
         return nullptr;
     return outputFormats.value(int(m_dataModel->outputFormat->value())).get();
+}
+
+CommitResult OutputEngine::performCommitAction(const QString &filePath)
+{
+    std::optional<QString> text;
+    std::optional<OutputFormatIndexEnum> textFormat;
+    serialQueue.sync([&] {
+        text = m_currentOutputString;
+        textFormat = m_currentOutputStringFormat;
+    });
+    CommitResult result;
+    result.filePath = filePath;
+    if (!text) {
+        result.message = QStringLiteral("The list has not been computed yet.");
+        return result;
+    }
+    // The format that made the text, which a format change may not have replaced yet.
+    OutputFormatType *format = textFormat ? outputFormatObject(*textFormat) : currentOutputFormat();
+    if (!format) {
+        result.message = QStringLiteral("There is no output format to save the list with.");
+        return result;
+    }
+    // A fresh snapshot: encodingMode changes no text, so the last run may predate it.
+    const DataModelSnapshot snapshot
+        = m_dataModel ? m_dataModel->createSnapshot() : DataModelSnapshot();
+    return format->performCommitAction(*text, snapshot, filePath);
 }
 
 OutputEngineViewModel OutputEngine::createOutputEngineViewModel()

@@ -17,6 +17,7 @@
 
 class DataModel;
 class KVOResponder;
+struct CommitResult;
 class OutputFormatType;
 class ScannerOperation;
 class ReSortFlatFileListOperation;
@@ -51,8 +52,14 @@ public:
     std::optional<QString> currentOutputString() const;
     std::optional<int> currentFileCount() const;
 
+    // Saves or copies the current text through the format that made it, in the encoding set
+    // now; filePath is where a saving format writes. Main thread.
+    CommitResult performCommitAction(const QString &filePath = QString());
+
     void addPreviewTable(std::weak_ptr<PreviewTableUpdating> table);
+    // Replaces one of the built-in formats; for tests.
     void setOutputFormat(OutputFormatIndexEnum index, std::shared_ptr<OutputFormatType> format);
+    OutputFormatType *outputFormatObject(OutputFormatIndexEnum index) const;
 
     OperationQueue &queue() { return operationQueue; }
     DataModel *dataModel() const { return m_dataModel; }
@@ -76,7 +83,8 @@ private:
     // pointer-sized read safe. Written on serialQueue.
     mutable std::mutex flatFileListMutex;
     FlatFileListPtr m_flatFileList;
-    // Owned by serialQueue: the two results below.
+    // Owned by serialQueue: the three results below.
     std::optional<QString> m_currentOutputString;
+    std::optional<OutputFormatIndexEnum> m_currentOutputStringFormat;
     std::optional<int> m_currentFileCount;
 };

@@ -3,6 +3,8 @@
 #include "OutputTypes.h"
 #include "platform/Operation.h"
 
+#include <optional>
+
 // Every stage of the pipeline reports its progress through this.
 class OutputEngineOperationType : public Operation
 {
@@ -22,4 +24,6 @@ public:
         return OutputOperationTypeEnum::computingOutput;
     }
     virtual QString outputString() const = 0;
+    // The format the text is in, where the stage knows it.
+    virtual std::optional<OutputFormatIndexEnum> outputFormat() const { return std::nullopt; }
 };
