@@ -21,7 +21,7 @@ namespace WriteFixtures {
 
 namespace {
 
-const QStringList imageTypes = {u"jpg"_s, u"tif"_s, u"png"_s, u"heic"_s};
+const QStringList imageTypes = {u"jpg"_s, u"tif"_s, u"png"_s, u"heic"_s, u"webp"_s};
 
 // What every image carries before a write; IPTC where the type holds it, in Latin-1 as
 // ExifTool stores it by default, so that a later UTF-8 write must keep it readable.

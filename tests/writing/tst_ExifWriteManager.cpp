@@ -263,6 +263,19 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
             << u"heic"_s << pairs << expected << (gpsNames + mwgNames);
     }
 
+    // These types hold no IPTC, where ExifTool would drop a plain IPTC name without a word.
+    const QStringList plainLocation
+        = {u"City"_s,         u"Zürich"_s,   u"Province-State"_s, u"Zürich Kanton"_s,
+           u"Sub-location"_s, u"Altstadt"_s, u"Country"_s,        u"Schweiz"_s};
+    const Expected locationInXmp = {{u"XMP-photoshop:City"_s, u"Zürich"_s},
+                                    {u"XMP-photoshop:State"_s, u"Zürich Kanton"_s},
+                                    {u"XMP-iptcCore:Location"_s, u"Altstadt"_s},
+                                    {u"XMP-photoshop:Country"_s, u"Schweiz"_s}};
+    for (const char *extension : {"heic", "webp"}) {
+        QTest::addRow("%s: plain location names go to XMP", extension)
+            << QString::fromLatin1(extension) << plainLocation << locationInXmp << mwgNames;
+    }
+
     const QStringList quickTimePairs
         = {u"GPSLatitude#"_s, u"-33.512345"_s, u"GPSLongitude#"_s, u"151.200001"_s};
     const auto quickTimeExpected = [](const QString &coordinates) {
@@ -285,7 +298,7 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
         expected.insert(u"XMP-photoshop:City"_s, u"Zürich"_s);
         QTest::newRow("m4a: QuickTime position and city")
             << u"m4a"_s << (quickTimePairs + QStringList {u"City"_s, u"Zürich"_s}) << expected
-            << (gpsNames + QStringList {u"City"_s});
+            << (gpsNames + mwgNames);
     }
 }
 
