@@ -169,11 +169,11 @@ if ($needsUTF8) {
     } @pairs;
     if (!$declaredUTF8 and (@iptcTags or $createsIPTC)) {
         setValue('IPTC:CodedCharacterSet', 'UTF8', Protected => 1);
-        my %written = map { lc(($$_[0] =~ /([^:]+)$/)[0]) => 1 } @pairs;
         my %seen;
         foreach my $tag (@iptcTags) {
             my $name = Image::ExifTool::GetTagName($tag);
-            next if $seen{$name}++ or $written{lc $name} or $name eq 'CodedCharacterSet';
+            # Whatever this write sets, directly or through MWG, keeps its new value.
+            next if $seen{$name}++ or defined $et->GetNewValue("IPTC:$name");
             my @values = map { $info->GetValue($_, 'ValueConv') }
                 grep { Image::ExifTool::GetTagName($_) eq $name } @iptcTags;
             @values = map { ref $_ eq 'ARRAY' ? @$_ : $_ } @values;

@@ -35,7 +35,8 @@ QStringList imageMetadata(const QString &extension)
                              u"-XMP-dc:Subject=boats"_s};
     if (extension == u"jpg" || extension == u"tif")
         arguments << u"-IPTC:Keywords=Bäume"_s << u"-IPTC:Keywords=Küste"_s
-                  << u"-IPTC:By-line=Jürgen"_s << u"-IPTC:ObjectName=Hafen"_s;
+                  << u"-IPTC:By-line=Jürgen"_s << u"-IPTC:ObjectName=Hafen"_s
+                  << u"-IPTC:Province-State=Baden-Württemberg"_s;
     return arguments;
 }
 

@@ -285,6 +285,15 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                          {u"Composite:GPSLatitude"_s, u"-33.512345"_s},
                          {u"Composite:GPSLongitude"_s, u"151.200001"_s}};
     };
+    {
+        // Signed as the editors format them, with a plus sign and padding.
+        const QStringList pairs
+            = {u"GPSLatitude#"_s, u"+48.858400"_s, u"GPSLongitude#"_s, u"+2.294500"_s};
+        const Expected expected = {{u"Keys:GPSCoordinates"_s, u"48.8584 2.2945"_s},
+                                   {u"Composite:GPSLatitude"_s, u"48.8584"_s},
+                                   {u"Composite:GPSLongitude"_s, u"2.2945"_s}};
+        QTest::newRow("mp4: position with plus signs") << u"mp4"_s << pairs << expected << gpsNames;
+    }
     QTest::newRow("mp4: QuickTime position")
         << u"mp4"_s << quickTimePairs << quickTimeExpected(u"-33.512345 151.200001"_s) << gpsNames;
     {
