@@ -518,12 +518,17 @@ void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched()
         done = true;
     });
 
-    // Kill the worker once its copy of the file has begun and before it can replace the file.
+    // Kill the worker while its copy of the file exists: stopped first, it cannot rename the
+    // copy over the file between the look and the kill.
     bool killed = false;
     while (!done && !killed) {
-        if (QFileInfo::exists(temporary)) {
-            if (const std::optional<pid_t> worker = runningWorker())
-                killed = kill(*worker, SIGKILL) == 0;
+        if (const std::optional<pid_t> worker = runningWorker()) {
+            if (kill(*worker, SIGSTOP) == 0) {
+                if (QFileInfo::exists(temporary))
+                    killed = kill(*worker, SIGKILL) == 0;
+                else
+                    kill(*worker, SIGCONT);
+            }
         }
         std::this_thread::yield();
     }
