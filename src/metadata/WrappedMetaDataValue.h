@@ -12,8 +12,14 @@ public:
     enum class Kind { StringValue, DateValue, BoolValue, NSInteger, None };
 
     WrappedMetaDataValue() = default;
-    static WrappedMetaDataValue string(QString value) { return WrappedMetaDataValue(std::move(value)); }
-    static WrappedMetaDataValue date(QDateTime value) { return WrappedMetaDataValue(std::move(value)); }
+    static WrappedMetaDataValue string(QString value)
+    {
+        return WrappedMetaDataValue(std::move(value));
+    }
+    static WrappedMetaDataValue date(QDateTime value)
+    {
+        return WrappedMetaDataValue(std::move(value));
+    }
     static WrappedMetaDataValue boolean(bool value) { return WrappedMetaDataValue(value); }
     static WrappedMetaDataValue integer(qint64 value) { return WrappedMetaDataValue(value); }
 
@@ -29,10 +35,18 @@ public:
     bool operator==(const WrappedMetaDataValue &other) const = default;
 
 private:
-    explicit WrappedMetaDataValue(QString v) : m_value(std::move(v)) {}
-    explicit WrappedMetaDataValue(QDateTime v) : m_value(std::move(v)) {}
-    explicit WrappedMetaDataValue(bool v) : m_value(v) {}
-    explicit WrappedMetaDataValue(qint64 v) : m_value(v) {}
+    explicit WrappedMetaDataValue(QString v)
+        : m_value(std::move(v))
+    { }
+    explicit WrappedMetaDataValue(QDateTime v)
+        : m_value(std::move(v))
+    { }
+    explicit WrappedMetaDataValue(bool v)
+        : m_value(v)
+    { }
+    explicit WrappedMetaDataValue(qint64 v)
+        : m_value(v)
+    { }
 
     std::variant<QString, QDateTime, bool, qint64, std::monostate> m_value = std::monostate();
 };

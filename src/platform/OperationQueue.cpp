@@ -1,64 +1,90 @@
 #include "OperationQueue.h"
 
 #include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+struct OperationQueue::Impl
+{
+    void workerLoop();
+    void insertWaiting(OperationPtr operation);
+
+    // Owned by mutex: everything below.
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::condition_variable idle;
+    int width = 1;
+    int workers = 0;
+    std::deque<OperationPtr> waiting;
+    std::vector<OperationPtr> running;
+    bool stopping = false;
+};
 
 OperationQueue::OperationQueue(QString name, int maxConcurrentOperationCount,
                                QualityOfService qualityOfService)
     : m_name(std::move(name))
     , m_qualityOfService(qualityOfService)
-    , m_width(std::max(1, maxConcurrentOperationCount))
-{ }
+    , d(std::make_shared<Impl>())
+{
+    d->width = std::max(1, maxConcurrentOperationCount);
+}
 
 OperationQueue::~OperationQueue()
 {
     {
-        std::lock_guard lock(m_mutex);
-        m_stopping = true;
-        for (const OperationPtr &operation : m_waiting)
+        std::lock_guard lock(d->mutex);
+        d->stopping = true;
+        for (const OperationPtr &operation : d->waiting)
+            operation->cancel();
+        for (const OperationPtr &operation : d->running)
             operation->cancel();
     }
-    m_wake.notify_all();
-    for (std::thread &worker : m_workers)
-        worker.join();
+    d->wake.notify_all();
 }
 
 int OperationQueue::maxConcurrentOperationCount() const
 {
-    std::lock_guard lock(m_mutex);
-    return m_width;
+    std::lock_guard lock(d->mutex);
+    return d->width;
 }
 
 void OperationQueue::setMaxConcurrentOperationCount(int count)
 {
     {
-        std::lock_guard lock(m_mutex);
-        m_width = std::max(1, count);
+        std::lock_guard lock(d->mutex);
+        d->width = std::max(1, count);
     }
-    m_wake.notify_all();
+    d->wake.notify_all();
 }
 
-void OperationQueue::insertWaiting(OperationPtr operation)
+void OperationQueue::Impl::insertWaiting(OperationPtr operation)
 {
     // Behind every waiting operation of the same or a higher priority.
     const int priority = operation->queuePriority();
-    auto position = std::find_if(m_waiting.begin(), m_waiting.end(), [&](const OperationPtr &o) {
+    auto position = std::find_if(waiting.begin(), waiting.end(), [&](const OperationPtr &o) {
         return o->queuePriority() < priority;
     });
-    m_waiting.insert(position, std::move(operation));
+    waiting.insert(position, std::move(operation));
 }
 
 void OperationQueue::addOperation(OperationPtr operation)
 {
     Q_ASSERT(operation);
+    bool startWorker = false;
     {
-        std::lock_guard lock(m_mutex);
-        insertWaiting(std::move(operation));
-        const int busyOrIdleWorkers = int(m_workers.size());
-        if (busyOrIdleWorkers < m_width
-            && busyOrIdleWorkers < int(m_running.size()) + int(m_waiting.size()))
-            m_workers.emplace_back([this] { workerLoop(); });
+        std::lock_guard lock(d->mutex);
+        d->insertWaiting(std::move(operation));
+        startWorker
+            = d->workers < d->width && d->workers < int(d->running.size() + d->waiting.size());
+        if (startWorker)
+            ++d->workers;
     }
-    m_wake.notify_one();
+    if (startWorker)
+        std::thread([impl = d] { impl->workerLoop(); }).detach();
+    d->wake.notify_one();
 }
 
 void OperationQueue::addOperation(std::function<void()> block)
@@ -68,54 +94,56 @@ void OperationQueue::addOperation(std::function<void()> block)
 
 void OperationQueue::cancelAllOperations()
 {
-    std::lock_guard lock(m_mutex);
-    for (const OperationPtr &operation : m_running)
+    std::lock_guard lock(d->mutex);
+    for (const OperationPtr &operation : d->running)
         operation->cancel();
-    for (const OperationPtr &operation : m_waiting)
+    for (const OperationPtr &operation : d->waiting)
         operation->cancel();
 }
 
 QList<OperationPtr> OperationQueue::operations() const
 {
-    std::lock_guard lock(m_mutex);
+    std::lock_guard lock(d->mutex);
     QList<OperationPtr> result;
-    result.reserve(qsizetype(m_running.size() + m_waiting.size()));
-    for (const OperationPtr &operation : m_running)
+    result.reserve(qsizetype(d->running.size() + d->waiting.size()));
+    for (const OperationPtr &operation : d->running)
         result.append(operation);
-    for (const OperationPtr &operation : m_waiting)
+    for (const OperationPtr &operation : d->waiting)
         result.append(operation);
     return result;
 }
 
 int OperationQueue::operationCount() const
 {
-    std::lock_guard lock(m_mutex);
-    return int(m_running.size() + m_waiting.size());
+    std::lock_guard lock(d->mutex);
+    return int(d->running.size() + d->waiting.size());
 }
 
 void OperationQueue::waitUntilAllOperationsAreFinished()
 {
-    std::unique_lock lock(m_mutex);
-    m_idle.wait(lock, [&] { return m_running.empty() && m_waiting.empty(); });
+    std::unique_lock lock(d->mutex);
+    d->idle.wait(lock, [&] { return d->running.empty() && d->waiting.empty(); });
 }
 
-void OperationQueue::workerLoop()
+void OperationQueue::Impl::workerLoop()
 {
-    std::unique_lock lock(m_mutex);
+    std::unique_lock lock(mutex);
     for (;;) {
-        m_wake.wait(lock, [&] {
-            return m_stopping || (!m_waiting.empty() && int(m_running.size()) < m_width);
-        });
-        if (m_stopping && m_waiting.empty())
+        wake.wait(lock,
+                  [&] { return stopping || (!waiting.empty() && int(running.size()) < width); });
+        if (stopping && waiting.empty()) {
+            --workers;
             return;
-        if (m_waiting.empty() || int(m_running.size()) >= m_width)
+        }
+        if (waiting.empty() || int(running.size()) >= width)
             continue;
 
-        OperationPtr operation = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        m_running.push_back(operation);
+        OperationPtr operation = std::move(waiting.front());
+        waiting.pop_front();
+        running.push_back(operation);
         lock.unlock();
 
+        // An operation cancelled before it starts never runs its work.
         if (!operation->isCancelled()) {
             operation->m_executing.store(true, std::memory_order_release);
             operation->main();
@@ -124,14 +152,14 @@ void OperationQueue::workerLoop()
         operation->m_finished.store(true, std::memory_order_release);
 
         lock.lock();
-        m_running.erase(std::find(m_running.begin(), m_running.end(), operation));
+        running.erase(std::find(running.begin(), running.end(), operation));
         lock.unlock();
         // Released outside the lock: an operation's destructor may add work to this queue.
         operation.reset();
         lock.lock();
-        if (m_running.empty() && m_waiting.empty())
-            m_idle.notify_all();
-        if (!m_waiting.empty())
-            m_wake.notify_one();
+        if (running.empty() && waiting.empty())
+            idle.notify_all();
+        if (!waiting.empty())
+            wake.notify_one();
     }
 }

@@ -5,11 +5,7 @@
 #include <QList>
 #include <QString>
 
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <thread>
-#include <vector>
+#include <memory>
 
 // Quality-of-service classes, kept as data: Linux threads of one process share one scheduler class.
 enum class QualityOfService : int {
@@ -47,18 +43,9 @@ public:
     void waitUntilAllOperationsAreFinished();
 
 private:
-    void workerLoop();
-    void insertWaiting(OperationPtr operation);
-
+    struct Impl;
     const QString m_name;
     const QualityOfService m_qualityOfService;
-    // Owned by m_mutex: everything below.
-    mutable std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::condition_variable m_idle;
-    int m_width;
-    std::deque<OperationPtr> m_waiting;
-    std::vector<OperationPtr> m_running;
-    std::vector<std::thread> m_workers;
-    bool m_stopping = false;
+    // Shared with the worker threads, so the queue may be dropped from one of its operations.
+    std::shared_ptr<Impl> d;
 };

@@ -2,6 +2,10 @@
 
 #include <QtGlobal>
 
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -25,20 +29,45 @@ struct SyncHandOver
     bool callerDone = false;
 };
 
+struct SerialQueue::Impl
+{
+    struct Task
+    {
+        std::function<void()> block;
+        std::shared_ptr<SyncHandOver> handOver;
+    };
+
+    void workerLoop();
+
+    const SerialQueue *owner = nullptr;
+    // Owned by mutex: everything below.
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::deque<Task> tasks;
+    bool busy = false;
+    bool stopping = false;
+    std::thread::id workerId;
+};
+
 SerialQueue::SerialQueue(QString label)
     : m_label(std::move(label))
+    , d(std::make_shared<Impl>())
 {
-    m_worker = std::thread([this] { workerLoop(); });
+    d->owner = this;
+    // The worker shares the state, so the queue may be dropped from one of its own blocks.
+    std::thread worker([impl = d] { impl->workerLoop(); });
+    d->workerId = worker.get_id();
+    worker.detach();
 }
 
 SerialQueue::~SerialQueue()
 {
     {
-        std::lock_guard lock(m_mutex);
-        m_stopping = true;
+        std::lock_guard lock(d->mutex);
+        d->stopping = true;
+        d->owner = nullptr;
     }
-    m_wake.notify_all();
-    m_worker.join();
+    d->wake.notify_all();
 }
 
 bool SerialQueue::isCurrent() const
@@ -50,19 +79,13 @@ bool SerialQueue::isCurrent() const
     return false;
 }
 
-void SerialQueue::runGuarded(const std::function<void()> &block)
-{
-    CurrentQueueScope scope(this);
-    block();
-}
-
 void SerialQueue::async(std::function<void()> block)
 {
     {
-        std::lock_guard lock(m_mutex);
-        m_tasks.push_back(Task {std::move(block), nullptr});
+        std::lock_guard lock(d->mutex);
+        d->tasks.push_back(Impl::Task {std::move(block), nullptr});
     }
-    m_wake.notify_one();
+    d->wake.notify_one();
 }
 
 void SerialQueue::sync(const std::function<void()> &block)
@@ -71,46 +94,55 @@ void SerialQueue::sync(const std::function<void()> &block)
         qFatal("SerialQueue \"%s\": sync from a block of the same queue would deadlock",
                qPrintable(m_label));
 
-    std::unique_lock lock(m_mutex);
-    if (!m_busy && m_tasks.empty()) {
+    std::unique_lock lock(d->mutex);
+    if (!d->busy && d->tasks.empty()) {
         // Fast path: the queue is idle, so the caller takes it over directly.
-        m_busy = true;
+        d->busy = true;
         lock.unlock();
-        runGuarded(block);
+        {
+            CurrentQueueScope scope(this);
+            block();
+        }
         lock.lock();
-        m_busy = false;
+        d->busy = false;
+        const bool wakeWorker = !d->tasks.empty();
         lock.unlock();
-        m_wake.notify_one();
+        if (wakeWorker)
+            d->wake.notify_one();
         return;
     }
 
     // Shared with the worker, which may still hold it after the caller has returned.
     auto handOver = std::make_shared<SyncHandOver>();
-    m_tasks.push_back(Task {{}, handOver});
+    d->tasks.push_back(Impl::Task {{}, handOver});
     lock.unlock();
-    m_wake.notify_one();
+    d->wake.notify_one();
 
     std::unique_lock waitLock(handOver->mutex);
     handOver->changed.wait(waitLock, [&] { return handOver->callerMayRun; });
     waitLock.unlock();
-    runGuarded(block);
+    {
+        CurrentQueueScope scope(this);
+        block();
+    }
     waitLock.lock();
     handOver->callerDone = true;
     handOver->changed.notify_all();
 }
 
-void SerialQueue::workerLoop()
+void SerialQueue::Impl::workerLoop()
 {
-    std::unique_lock lock(m_mutex);
+    std::unique_lock lock(mutex);
     for (;;) {
-        m_wake.wait(lock, [&] { return m_stopping || (!m_busy && !m_tasks.empty()); });
-        if (m_tasks.empty() && m_stopping)
+        wake.wait(lock, [&] { return stopping || (!busy && !tasks.empty()); });
+        if (tasks.empty() && stopping)
             return;
-        if (m_busy || m_tasks.empty())
+        if (busy || tasks.empty())
             continue;
-        Task task = std::move(m_tasks.front());
-        m_tasks.pop_front();
-        m_busy = true;
+        Task task = std::move(tasks.front());
+        tasks.pop_front();
+        busy = true;
+        const SerialQueue *queue = owner;
         lock.unlock();
 
         if (task.handOver) {
@@ -119,10 +151,13 @@ void SerialQueue::workerLoop()
             task.handOver->changed.notify_all();
             task.handOver->changed.wait(handLock, [&] { return task.handOver->callerDone; });
         } else {
-            runGuarded(task.block);
+            CurrentQueueScope scope(queue);
+            task.block();
+            // Released before the lock is taken again: a block's captures may hold the queue.
+            task.block = nullptr;
         }
 
         lock.lock();
-        m_busy = false;
+        busy = false;
     }
 }

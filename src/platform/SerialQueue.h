@@ -2,12 +2,8 @@
 
 #include <QString>
 
-#include <condition_variable>
-#include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <thread>
 
 // A labelled FIFO executor that runs one block at a time, with asynchronous and synchronous
 // submission. A synchronous block runs on the caller's thread once everything queued before it
@@ -38,21 +34,7 @@ public:
     bool isCurrent() const;
 
 private:
-    struct Task
-    {
-        std::function<void()> block;
-        std::shared_ptr<struct SyncHandOver> handOver;
-    };
-
-    void workerLoop();
-    void runGuarded(const std::function<void()> &block);
-
+    struct Impl;
     const QString m_label;
-    // Owned by m_mutex: everything below.
-    std::mutex m_mutex;
-    std::condition_variable m_wake;
-    std::deque<Task> m_tasks;
-    bool m_busy = false;
-    bool m_stopping = false;
-    std::thread m_worker;
+    std::shared_ptr<Impl> d;
 };

@@ -1,0 +1,124 @@
+#include "DataModel.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+template<typename T>
+std::shared_ptr<StraightReadWriteVariable<T>> straight(T value = T())
+{
+    return std::make_shared<StraightReadWriteVariable<T>>(std::move(value));
+}
+
+std::shared_ptr<UserDefaultsVariable<bool>> persistedBool(const char *key, bool initial,
+                                                          UserDefaults &defaults)
+{
+    return std::make_shared<UserDefaultsVariable<bool>>(
+        QString::fromLatin1(key), initial, DefaultsConverters::toBool(initial), defaults);
+}
+
+std::shared_ptr<UserDefaultsVariable<int>> persistedInt(const char *key, int initial,
+                                                        UserDefaults &defaults)
+{
+    return std::make_shared<UserDefaultsVariable<int>>(
+        QString::fromLatin1(key), initial, DefaultsConverters::toInt(initial), defaults);
+}
+
+} // namespace
+
+DataModel::DataModel(UserDefaults &defaults)
+    : _stepperMode(straight(StepperMode::inactive))
+    , _stepperLabel(straight(QStringLiteral("Whatever")))
+    , _selectedNodes(straight<QList<NodePtr>>())
+    , _previewFilePaths(straight<QStringList>())
+    , _longitudeString(straight<QString>())
+    , _latitudeString(straight<QString>())
+    , _coordinateDMS(straight<QString>())
+    , _coordinateDMM(straight<QString>())
+    , _latitudeSign(straight<QString>())
+    , _latitudeRef(straight<QString>())
+    , _longitudeSign(straight<QString>())
+    , _longitudeRef(straight<QString>())
+    , _pinnedLongitudeString(straight<QString>())
+    , _pinnedLatitudeString(straight<QString>())
+    , _pinnedCoordinateDMS(straight<QString>())
+    , _pinnedCoordinateDMM(straight<QString>())
+    , _pinnedLatitudeSign(straight<QString>())
+    , _pinnedLatitudeRef(straight<QString>())
+    , _pinnedLongitudeSign(straight<QString>())
+    , _pinnedLongitudeRef(straight<QString>())
+    , _pinnedSublocationName(straight<QString>())
+    , _pinnedLocationCity(straight<QString>())
+    , _pinnedLocationRegion(straight<QString>())
+    , _pinnedLocationCountry(straight<QString>())
+    , _pins(straight<QList<Pin>>())
+    , _currentPinIndex(straight(-1))
+    , _currentPinName(straight(QStringLiteral("No Pin")))
+    , _hasPins(straight(false))
+    , processFiles(persistedBool("processFiles", true, defaults))
+    , processFolders(persistedBool("processFolders", true, defaults))
+    // The stored key keeps its historical spelling so that existing preferences still apply.
+    , processSubFolders(persistedBool("prodcessSubfolders", false, defaults))
+    , outputFormat(std::make_shared<RawRepresentableUserDefaultsVariable<OutputFormatIndexEnum>>(
+          QStringLiteral("outputFormat"), OutputFormatIndexEnum::CSV,
+          &OutputFormatIndex::isValidRawValue, defaults))
+    , _firstSortMode(straight(SortMode::nameAndSequenceAscending))
+    , _secondSortMode(straight(SortMode::nameAndSequenceAscending))
+    , includeColumnTitlesMode(persistedInt("includeColumnTitlesMode", 0, defaults))
+    , quoteStrings(persistedBool("quoteStrings", true, defaults))
+    , boolValuesMode(persistedInt("boolValuesMode", 0, defaults))
+    , nullValuesMode(persistedInt("nullValuesMode", 0, defaults))
+    , dateFormatMode(persistedInt("dateFormatMode", 0, defaults))
+    , multiLineMode(persistedInt("multiLineMode", 0, defaults))
+    , linebreaksMode(persistedInt("linebreaksMode", 0, defaults))
+    , encodingMode(persistedInt("encodingMode", 0, defaults))
+    , htmlIndentationMode(persistedInt("htmlIndentationMode", 1, defaults))
+    , htmlColumnIdHeaderMode(persistedInt("htmlColumnIdHeaderMode", 0, defaults))
+    , htmlColumnClassMode(persistedInt("htmlColumnClassMode", 0, defaults))
+    , jsonIndentationMode(persistedInt("jsonIndentationMode", 1, defaults))
+    , jsonDateFormatMode(persistedInt("jsonDateFormatMode", 1, defaults))
+    , infoPaneCategory(persistedInt("infoPaneCategory", 0, defaults))
+    , infoPaneHeight(std::make_shared<UserDefaultsVariable<double>>(
+          QStringLiteral("infoPaneHeight"), 200.0, DefaultsConverters::toDouble(200.0), defaults))
+    , infoPaneIsCollapsed(persistedBool("infoPaneIsCollapsed", false, defaults))
+    , showTagTableView(std::make_shared<StraightVariable<bool>>(false))
+    , sourceList(defaults, [this] { waitingForData->setValue(true); })
+    , columnList(defaults)
+    , previewMode(persistedInt("previewMode", 0, defaults))
+    , waitingForData(std::make_shared<StraightVariable<bool>>(true))
+    , previewTabIndex(std::make_shared<
+                      CombinedVariable<int, UserDefaultsVariable<int>, StraightVariable<bool>>>(
+          previewMode, waitingForData,
+          [](const UserDefaultsVariable<int> &mode, const StraightVariable<bool> &waiting) {
+              return waiting.value() ? previewTabWait : mode.value() + 1;
+          }))
+    , defaults(defaults)
+{
+    defaults.registerDefaults(
+        {{columnList.storageKey,
+          QStringList {QStringLiteral("name"), QStringLiteral("absolute_path")}}});
+}
+
+DataModelSnapshot DataModel::createSnapshot() const
+{
+    DataModelSnapshot snapshot;
+    snapshot.outputFormat = outputFormat->value();
+    snapshot.firstSortMode = firstSortMode();
+    snapshot.secondSortMode = secondSortMode();
+    snapshot.quoteStrings = quoteStrings->value();
+    snapshot.includeColumnTitlesMode = includeColumnTitlesMode->value();
+    snapshot.boolValuesMode = boolValuesMode->value();
+    snapshot.nullValuesMode = nullValuesMode->value();
+    snapshot.dateFormatMode = dateFormatMode->value();
+    snapshot.multiLineMode = multiLineMode->value();
+    snapshot.linebreaksMode = linebreaksMode->value();
+    snapshot.encodingMode = encodingMode->value();
+    snapshot.htmlIndentationMode = htmlIndentationMode->value();
+    snapshot.htmlColumnIdHeaderMode = htmlColumnIdHeaderMode->value();
+    snapshot.htmlColumnClassMode = htmlColumnClassMode->value();
+    snapshot.jsonIndentationMode = jsonIndentationMode->value();
+    snapshot.jsonDateFormatMode = jsonDateFormatMode->value();
+    snapshot.sourceList = sourceList.value();
+    snapshot.columnList = columnList.value();
+    return snapshot;
+}

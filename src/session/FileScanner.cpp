@@ -1,0 +1,126 @@
+#include "FileScanner.h"
+
+#include "platform/FileAttributes.h"
+
+#include <QFile>
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+namespace {
+
+QString joinPath(const QString &folder, const QString &component)
+{
+    if (folder.isEmpty())
+        return component;
+    if (folder.endsWith(QLatin1Char('/')))
+        return folder + component;
+    return folder + QLatin1Char('/') + component;
+}
+
+QString lastComponent(const QString &path)
+{
+    QString trimmed = path;
+    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
+        trimmed.chop(1);
+    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
+    return slash < 0 || trimmed == QLatin1String("/") ? trimmed : trimmed.mid(slash + 1);
+}
+
+// Follows links, as an existence test with a directory flag does.
+bool isDirectoryFollowingLinks(const QByteArray &path)
+{
+    struct stat info = {};
+    return ::stat(path.constData(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+} // namespace
+
+void FileScanner::scanSource(const QString &sourcePath)
+{
+    const bool isDirectory = isDirectoryFollowingLinks(QFile::encodeName(sourcePath));
+    if (isDirectory && !FileAttributes::isFilePackage(sourcePath))
+        deepScan(sourcePath, IncludeFiles::Yes, IncludeFolders::No);
+    else
+        createOneFile(sourcePath, QString());
+    isSorting = true;
+    flatFileList.sort(firstSortMode, secondSortMode);
+}
+
+void FileScanner::deepScan(const QString &sourcePath, IncludeFiles includeFiles,
+                           IncludeFolders includeFolders)
+{
+    walk(QFile::encodeName(sourcePath), QString(), includeFiles, includeFolders, sourcePath);
+}
+
+// Walks the folder depth first without following links. Hidden items are not created, but
+// their visible contents are, as a plain enumeration of the tree finds them.
+void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
+                       IncludeFiles includeFiles, IncludeFolders includeFolders,
+                       const QString &sourcePath)
+{
+    DIR *directory = ::opendir(folder.constData());
+    if (!directory)
+        return;
+    while (const dirent *entry = ::readdir(directory)) {
+        const char *rawName = entry->d_name;
+        if (rawName[0] == '.' && (rawName[1] == 0 || (rawName[1] == '.' && rawName[2] == 0)))
+            continue;
+        const QByteArray childPath
+            = folder.endsWith('/') ? folder + rawName : folder + '/' + rawName;
+        const QString name = QFile::decodeName(rawName);
+        const QString fullPath = joinPath(sourcePath, joinPath(relativeFolder, name));
+
+        unsigned char type = entry->d_type;
+        if (type == DT_UNKNOWN) {
+            struct stat info = {};
+            if (::lstat(childPath.constData(), &info) == 0)
+                type = S_ISDIR(info.st_mode) ? DT_DIR : (S_ISLNK(info.st_mode) ? DT_LNK : DT_REG);
+        }
+        const bool isRealFolder = type == DT_DIR;
+        const bool hidden = rawName[0] == '.';
+
+        // A hidden item is not created, so a hidden package is walked like any folder.
+        if (isRealFolder && !hidden && FileAttributes::isFilePackage(fullPath)) {
+            // A package counts as a file, and nothing inside it is listed.
+            if (includeFiles == IncludeFiles::Yes)
+                createOneFile(fullPath, relativeFolder);
+            continue;
+        }
+        if (isRealFolder) {
+            if (!hidden && includeFolders == IncludeFolders::Yes)
+                createOneFolder(fullPath, relativeFolder);
+            walk(childPath, joinPath(relativeFolder, name), includeFiles, includeFolders,
+                 sourcePath);
+            continue;
+        }
+        if (hidden)
+            continue;
+        // A link to a folder reports as a folder and is not descended into; a broken link is
+        // a file.
+        if (type == DT_LNK && isDirectoryFollowingLinks(childPath)) {
+            if (FileAttributes::isFilePackage(fullPath)) {
+                if (includeFiles == IncludeFiles::Yes)
+                    createOneFile(fullPath, relativeFolder);
+            } else if (includeFolders == IncludeFolders::Yes) {
+                createOneFolder(fullPath, relativeFolder);
+            }
+            continue;
+        }
+        if (includeFiles == IncludeFiles::Yes)
+            createOneFile(fullPath, relativeFolder);
+    }
+    ::closedir(directory);
+}
+
+void FileScanner::createOneFile(const QString &path, const QString &relativePath)
+{
+    flatFileList.files.append(FileNode::create(lastComponent(path), path, relativePath));
+    ++currentTotalItemsScanned;
+}
+
+void FileScanner::createOneFolder(const QString &path, const QString &relativePath)
+{
+    flatFileList.files.append(FolderNode::create(lastComponent(path), path, relativePath));
+    ++currentTotalItemsScanned;
+}

@@ -1,0 +1,402 @@
+#include "Node.h"
+
+#include "StringHelpers.h"
+#include "platform/FileAttributes.h"
+#include "platform/MainQueue.h"
+
+#include <QLocale>
+#include <QTimeZone>
+
+namespace {
+
+QString lastPathComponent(const QString &path)
+{
+    QString trimmed = path;
+    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
+        trimmed.chop(1);
+    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0 || trimmed == QLatin1String("/"))
+        return trimmed;
+    return trimmed.mid(slash + 1);
+}
+
+QString deletingLastPathComponent(const QString &path)
+{
+    QString trimmed = path;
+    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
+        trimmed.chop(1);
+    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QString();
+    if (slash == 0)
+        return trimmed.size() > 1 ? QStringLiteral("/") : QString();
+    return trimmed.left(slash);
+}
+
+QString deletingPathExtension(const QString &name)
+{
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 ? name.left(dot) : name;
+}
+
+QString upToFirstPeriod(const QString &name)
+{
+    const qsizetype dot = name.indexOf(QLatin1Char('.'));
+    return dot < 0 ? name : name.left(dot);
+}
+
+QString parentFolderName(const QString &absolutePath)
+{
+    const QString folder = deletingLastPathComponent(absolutePath);
+    return folder.isEmpty() ? QString() : lastPathComponent(folder);
+}
+
+// The file style of a byte count: decimal units, as a file browser shows sizes.
+QString byteCountText(qint64 bytes)
+{
+    return QLocale(QLocale::English).formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+} // namespace
+
+Node::Node(const QString &name, const QString &absolutePath, const QString &relativePath)
+    : name(name)
+    , smartName(StringHelpers::stringByExpandingAllNumberGroups(name))
+    , absolutePath(absolutePath)
+    , fileName(deletingPathExtension(name))
+    , fileNameUpToFirstPeriod(upToFirstPeriod(name))
+    , parent(parentFolderName(absolutePath))
+    , absoluteParentPath(deletingLastPathComponent(absolutePath))
+    , relativePath(relativePath)
+{ }
+
+QString Node::smartAbsolutePath() const
+{
+    std::lock_guard lock(smartPathLock);
+    if (!m_smartAbsolutePath)
+        m_smartAbsolutePath = StringHelpers::stringByExpandingAllNumberGroups(absolutePath);
+    return *m_smartAbsolutePath;
+}
+
+void Node::scheduleInitialRead()
+{
+    // The embedded metadata reader registers here once it exists.
+}
+
+std::shared_ptr<FileNode> FileNode::create(const QString &name, const QString &absolutePath,
+                                           const QString &relativePath)
+{
+    std::shared_ptr<FileNode> node(new FileNode(name, absolutePath, relativePath));
+    node->scheduleInitialRead();
+    return node;
+}
+
+std::shared_ptr<FolderNode> FolderNode::create(const QString &name, const QString &absolutePath,
+                                               const QString &relativePath)
+{
+    std::shared_ptr<FolderNode> node(new FolderNode(name, absolutePath, relativePath));
+    node->scheduleInitialRead();
+    return node;
+}
+
+std::optional<QString> Node::tags() const
+{
+    if (!m_tagsComputed.load(std::memory_order_acquire)) {
+        std::optional<QString> computed;
+        if (const std::optional<QStringList> list = FileAttributes::tags(absolutePath)) {
+            QStringList trimmed;
+            for (const QString &tag : *list) {
+                QString t = tag;
+                while (t.startsWith(QLatin1Char('\n')) || t.startsWith(QLatin1Char('\r')))
+                    t.remove(0, 1);
+                while (t.endsWith(QLatin1Char('\n')) || t.endsWith(QLatin1Char('\r')))
+                    t.chop(1);
+                trimmed.append(t);
+            }
+            computed = trimmed.join(QLatin1String(", "));
+        }
+        m_tags = computed;
+        m_tagsComputed.store(true, std::memory_order_release);
+    }
+    return m_tags;
+}
+
+std::optional<MetadataSource> Node::sourceForKey(const QString &) const
+{
+    return std::nullopt;
+}
+
+WrappedMetaDataValue Node::storedValue(const QString &) const
+{
+    return {};
+}
+
+DisplayStringWrapper Node::getDisplayString(const QString &key) const
+{
+    if (key == QLatin1String("name"))
+        return DisplayStringWrapper::present(name);
+    if (key == QLatin1String("absolute_path"))
+        return DisplayStringWrapper::present(absolutePath);
+    if (key == QLatin1String("full_path_name_length"))
+        return DisplayStringWrapper::present(QString::number(absolutePath.size()));
+    if (key == QLatin1String("tags")) {
+        const std::optional<QString> t = tags();
+        return t ? DisplayStringWrapper::present(*t) : DisplayStringWrapper::notPresent();
+    }
+    if (key == QLatin1String("file_name"))
+        return DisplayStringWrapper::present(fileName);
+    if (key == QLatin1String("file_name_without_any_extensions"))
+        return DisplayStringWrapper::present(fileNameUpToFirstPeriod);
+    if (key == QLatin1String("parent"))
+        return DisplayStringWrapper::present(parent);
+    if (key == QLatin1String("absolute_parent_path"))
+        return DisplayStringWrapper::present(absoluteParentPath);
+    // Spelled this way, the key asks for a length, and only in the display form.
+    if (key == QLatin1String("absoluteParentPath"))
+        return DisplayStringWrapper::present(QString::number(absoluteParentPath.size()));
+    if (key == QLatin1String("relative_path"))
+        return DisplayStringWrapper::present(relativePath);
+
+    if (!sourceForKey(key))
+        return DisplayStringWrapper::notPresent();
+    const WrappedMetaDataValue value = storedValue(key);
+    switch (value.kind()) {
+    case WrappedMetaDataValue::Kind::StringValue:
+        return DisplayStringWrapper::present(
+            StringHelpers::withEncodedLineBreaksAndTabs(value.stringValue()));
+    case WrappedMetaDataValue::Kind::DateValue:
+        return DisplayStringWrapper::present(formatDisplayDate(value.dateValue()));
+    case WrappedMetaDataValue::Kind::BoolValue:
+        return DisplayStringWrapper::present(value.boolValue() ? QStringLiteral("true")
+                                                               : QStringLiteral("false"));
+    case WrappedMetaDataValue::Kind::NSInteger:
+        return DisplayStringWrapper::present(byteCountText(value.integerValue()));
+    case WrappedMetaDataValue::Kind::None:
+        break;
+    }
+    return DisplayStringWrapper::notPresent();
+}
+
+WrappedMetaDataValue Node::getWrappedValueSync(const QString &key) const
+{
+    if (key == QLatin1String("name"))
+        return WrappedMetaDataValue::string(name);
+    if (key == QLatin1String("absolute_path"))
+        return WrappedMetaDataValue::string(absolutePath);
+    if (key == QLatin1String("full_path_name_length"))
+        return WrappedMetaDataValue::integer(absolutePath.size());
+    if (key == QLatin1String("tags")) {
+        const std::optional<QString> t = tags();
+        return t ? WrappedMetaDataValue::string(*t) : WrappedMetaDataValue();
+    }
+    if (key == QLatin1String("file_name"))
+        return WrappedMetaDataValue::string(fileName);
+    if (key == QLatin1String("file_name_without_any_extensions"))
+        return WrappedMetaDataValue::string(fileNameUpToFirstPeriod);
+    if (key == QLatin1String("parent"))
+        return WrappedMetaDataValue::string(parent);
+    if (key == QLatin1String("absolute_parent_path"))
+        return WrappedMetaDataValue::string(absoluteParentPath);
+    if (key == QLatin1String("relative_path"))
+        return WrappedMetaDataValue::string(relativePath);
+    if (!sourceForKey(key))
+        return {};
+    return storedValue(key);
+}
+
+QString Node::getStringValueSync(const QString &key) const
+{
+    const WrappedMetaDataValue value = getWrappedValueSync(key);
+    switch (value.kind()) {
+    case WrappedMetaDataValue::Kind::StringValue:
+        return value.stringValue();
+    case WrappedMetaDataValue::Kind::DateValue:
+        return formatDisplayDate(value.dateValue());
+    case WrappedMetaDataValue::Kind::BoolValue:
+        return value.boolValue() ? QStringLiteral("true") : QStringLiteral("false");
+    case WrappedMetaDataValue::Kind::NSInteger:
+        return byteCountText(value.integerValue());
+    case WrappedMetaDataValue::Kind::None:
+        break;
+    }
+    return QStringLiteral("Null");
+}
+
+QDateTime Node::getDateValueSync(const QString &key) const
+{
+    const WrappedMetaDataValue value = getWrappedValueSync(key);
+    return value.kind() == WrappedMetaDataValue::Kind::DateValue ? value.dateValue()
+                                                                 : distantPast();
+}
+
+qint64 Node::getIntValueSync(const QString &key) const
+{
+    const WrappedMetaDataValue value = getWrappedValueSync(key);
+    return value.kind() == WrappedMetaDataValue::Kind::NSInteger ? value.integerValue() : 0;
+}
+
+void Node::addDataObserver(const std::shared_ptr<DataIsReadyObserver> &observer, const QString &key)
+{
+    const std::optional<MetadataSource> source = sourceForKey(key);
+    if (!source)
+        return;
+    std::lock_guard lock(dataReadyObserverListLock);
+    dataReadyObservers[size_t(*source)].append({observer});
+}
+
+void Node::remove(const DataIsReadyObserver *observer, MetadataSource source)
+{
+    std::lock_guard lock(dataReadyObserverListLock);
+    QList<WeakDataIsReadyObserverReference> &list = dataReadyObservers[size_t(source)];
+    // Entries whose observer has died stay: only the given object's entries go.
+    list.removeIf([observer](const WeakDataIsReadyObserverReference &reference) {
+        const auto live = reference.observer.lock();
+        return live && live.get() == observer;
+    });
+}
+
+void Node::signalDataIsNowReady(MetadataSource source) const
+{
+    std::weak_ptr<const Node> weakSelf = weak_from_this();
+    MainQueue::post([weakSelf, source] {
+        const auto self = weakSelf.lock();
+        if (!self)
+            return;
+        QList<WeakDataIsReadyObserverReference> observers;
+        {
+            std::lock_guard lock(self->dataReadyObserverListLock);
+            observers = self->dataReadyObservers[size_t(source)];
+        }
+        for (const WeakDataIsReadyObserverReference &reference : std::as_const(observers)) {
+            if (const auto observer = reference.observer.lock())
+                observer->update(source);
+        }
+    });
+}
+
+int Node::caseInsensitiveStringCompare(const QString &a, const QString &b)
+{
+    return a.compare(b, Qt::CaseInsensitive);
+}
+
+QDateTime Node::distantPast()
+{
+    return QDateTime(QDate(1, 1, 1), QTime(0, 0), Qt::UTC);
+}
+
+QString Node::formatDisplayDate(const QDateTime &date)
+{
+    const QLocale locale;
+    const QDateTime local = date.toLocalTime();
+    return locale.toString(local.date(), QStringLiteral("MMM d, yyyy")) + QStringLiteral(" at ")
+        + locale.toString(local.time(), QLocale::ShortFormat);
+}
+
+namespace {
+
+NodeComparisonResult natural(int comparison)
+{
+    if (comparison < 0)
+        return NodeComparisonResult::aBeforeB;
+    if (comparison > 0)
+        return NodeComparisonResult::bBeforeA;
+    return NodeComparisonResult::tie;
+}
+
+NodeComparisonResult inverted(NodeComparisonResult r)
+{
+    switch (r) {
+    case NodeComparisonResult::aBeforeB:
+        return NodeComparisonResult::bBeforeA;
+    case NodeComparisonResult::bBeforeA:
+        return NodeComparisonResult::aBeforeB;
+    case NodeComparisonResult::tie:
+        break;
+    }
+    return NodeComparisonResult::tie;
+}
+
+// Values first (greater strings first), then those still waiting, then those without one.
+NodeComparisonResult compareLocation(const Node &a, const Node &b, const QString &key)
+{
+    // Forces the source to be read on this thread before the display strings are taken.
+    a.getStringValueSync(key);
+    b.getStringValueSync(key);
+    const DisplayStringWrapper da = a.getDisplayString(key);
+    const DisplayStringWrapper db = b.getDisplayString(key);
+    using K = DisplayStringWrapper::Kind;
+    if (da.kind() == K::Present && db.kind() == K::Present) {
+        const int c = da.text().compare(db.text(), Qt::CaseSensitive);
+        return c == 0 ? NodeComparisonResult::tie
+                      : (c > 0 ? NodeComparisonResult::aBeforeB : NodeComparisonResult::bBeforeA);
+    }
+    if (da.kind() == db.kind())
+        return NodeComparisonResult::tie;
+    const auto rank = [](K k) {
+        return k == K::Present ? 0 : (k == K::Waiting ? 1 : 2);
+    };
+    return rank(da.kind()) < rank(db.kind()) ? NodeComparisonResult::aBeforeB
+                                             : NodeComparisonResult::bBeforeA;
+}
+
+NodeComparisonResult compareDates(const QDateTime &a, const QDateTime &b)
+{
+    // Reversed on purpose: the ascending date modes list the newest first.
+    if (a == b)
+        return NodeComparisonResult::tie;
+    return a > b ? NodeComparisonResult::aBeforeB : NodeComparisonResult::bBeforeA;
+}
+
+} // namespace
+
+NodeComparisonResult Node::compare(const Node &a, const Node &b, SortMode mode)
+{
+    const int raw = int(mode);
+    const bool descending = raw & 1;
+    NodeComparisonResult r = NodeComparisonResult::tie;
+    switch (SortMode(raw & ~1)) {
+    case SortMode::nameAndSequenceAscending:
+    case SortMode::pathAndSequenceAscending:
+        r = natural(caseInsensitiveStringCompare(a.smartName, b.smartName));
+        break;
+    case SortMode::nameAscending:
+        r = natural(caseInsensitiveStringCompare(a.name, b.name));
+        break;
+    case SortMode::absolutePathAscending:
+        r = natural(caseInsensitiveStringCompare(a.absolutePath, b.absolutePath));
+        break;
+    case SortMode::sizeAscending: {
+        const qint64 sa = a.getIntValueSync(QStringLiteral("size"));
+        const qint64 sb = b.getIntValueSync(QStringLiteral("size"));
+        r = natural(sa < sb ? -1 : (sa > sb ? 1 : 0));
+        break;
+    }
+    case SortMode::fileCreationDateAscending:
+        r = compareDates(a.getDateValueSync(QStringLiteral("creation_date")),
+                         b.getDateValueSync(QStringLiteral("creation_date")));
+        break;
+    case SortMode::fileModificationDateAscending:
+        r = compareDates(a.getDateValueSync(QStringLiteral("modification_date")),
+                         b.getDateValueSync(QStringLiteral("modification_date")));
+        break;
+    case SortMode::contentCreationDateAscending:
+        r = compareDates(a.getDateValueSync(QStringLiteral("contentcreationdate")),
+                         b.getDateValueSync(QStringLiteral("contentcreationdate")));
+        break;
+    case SortMode::cityAscending:
+        r = compareLocation(a, b, QStringLiteral("City"));
+        break;
+    case SortMode::countryAscending:
+        r = compareLocation(a, b, QStringLiteral("Country"));
+        break;
+    case SortMode::subLocationAscending:
+        r = compareLocation(a, b, QStringLiteral("Sub-location"));
+        break;
+    case SortMode::provinceAscending:
+        r = compareLocation(a, b, QStringLiteral("Province-State"));
+        break;
+    default:
+        qFatal("Node::compare: unknown sort mode %d", raw);
+    }
+    return descending ? inverted(r) : r;
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace StringHelpers {
+
+// Pads every run of numeric characters to at least 32 characters with "0", so that a plain
+// string comparison orders embedded numbers by value (IMG2 before IMG12).
+QString stringByExpandingAllNumberGroups(const QString &text);
+
+// Line feeds, carriage returns and tabs become the two-character escapes \n, \r and \t.
+QString withEncodedLineBreaksAndTabs(const QString &text);
+
+QString asCommaSeparatedString(const QStringList &list);
+
+} // namespace StringHelpers

@@ -1,0 +1,235 @@
+#include "metadata/TagManager.h"
+
+#include <QSet>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+using Space = TagManager::DescriptiveTagSpace;
+
+class tst_TagManager : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tableSizes();
+    void categoryListsAndColumnIDs();
+    void displayName_data();
+    void displayName();
+    void sourceForKey_data();
+    void sourceForKey();
+    void everyListedColumnHasASource();
+    void descriptiveGroupsFollowTheCategoryLists_data();
+    void descriptiveGroupsFollowTheCategoryLists();
+    void divergenceFlagKey_data();
+    void divergenceFlagKey();
+    void abbreviations();
+};
+
+void tst_TagManager::tableSizes()
+{
+    const TagManager &tags = TagManager::shared();
+    QCOMPARE(tags.columnNameTranslations().size(), 342);
+    QCOMPARE(tags.metaDataKeysToSourceMapping().size(), 125);
+    QCOMPARE(tags.columnIDsToDescriptiveTagSpaceMapping().size(), 61);
+    QCOMPARE(tags.columnIDs().size(), 8);
+
+    QHash<MetadataSource, int> keysPerSource;
+    for (MetadataSource source : tags.metaDataKeysToSourceMapping())
+        ++keysPerSource[source];
+    const QHash<MetadataSource, int> expected = {{MetadataSource::Basic, 16},
+                                                 {MetadataSource::ExifToolGeneric, 58},
+                                                 {MetadataSource::Spotlight, 51}};
+    QCOMPARE(keysPerSource, expected);
+
+    QHash<Space, int> idsPerSpace;
+    for (Space space : tags.columnIDsToDescriptiveTagSpaceMapping())
+        ++idsPerSpace[space];
+    const QHash<Space, int> expectedSpaces = {{Space::Basic, 11},
+                                              {Space::Size, 4},
+                                              {Space::EXIF, 27},
+                                              {Space::GPS, 11},
+                                              {Space::IPTC, 8}};
+    QCOMPARE(idsPerSpace, expectedSpaces);
+}
+
+void tst_TagManager::categoryListsAndColumnIDs()
+{
+    const TagManager &tags = TagManager::shared();
+    QList<qsizetype> sizes;
+    for (const QStringList &list : tags.columnIDsByCategory())
+        sizes.append(list.size());
+    QCOMPARE(sizes, (QList<qsizetype> {13, 4, 61, 2, 9, 8}));
+    QCOMPARE(
+        tags.columnIDsByCategory().at(5),
+        (QStringList {u"City"_s, u"XMPCity"_s, u"Country"_s, u"XMPCountry"_s, u"Province-State"_s,
+                      u"XMPState"_s, u"Sub-location"_s, u"XMPLocation"_s}));
+    QCOMPARE(tags.columnIDsByCategory().at(2).count(u"-"_s), 6);
+
+    QCOMPARE(tags.columnIDs(),
+             (QStringList {u"name"_s, u"absolute_path"_s, u"creation_date"_s,
+                           u"modification_date"_s, u"tags"_s, u"full_path_name_length"_s,
+                           u"contentcreationdate"_s, u"contentmodificationdate"_s}));
+
+    const QStringList categories
+        = {u"Basic"_s, u"Size"_s, u"-"_s, u"EXIF"_s, u"GPS"_s, u"-"_s, u"IPTC"_s};
+    QCOMPARE(tags.localizedTagCategories(), categories);
+    QCOMPARE(tags.localizedBriefTagCategories(), categories);
+}
+
+void tst_TagManager::displayName_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("own column") << u"name"_s << u"Name (with file extension)"_s;
+    QTest::newRow("hash") << u"md5"_s << u"MD5 Hash"_s;
+    QTest::newRow("last hash") << u"sha512"_s << u"SHA512 Hash"_s;
+    QTest::newRow("made-up id shows as itself") << u"NoSuchColumn"_s << u"NoSuchColumn"_s;
+    QTest::newRow("Sub-location misses the row spelled Sub-Location")
+        << u"Sub-location"_s << u"Sub-location"_s;
+    QTest::newRow("the row spelled Sub-Location") << u"Sub-Location"_s << u"Sub-Location"_s;
+    QTest::newRow("EXIF date has no row") << u"DateTimeOriginal"_s << u"DateTimeOriginal"_s;
+    QTest::newRow("sort key has no row") << u"size"_s << u"size"_s;
+    QTest::newRow("XMP state") << u"XMPState"_s << u"Province/State"_s;
+    QTest::newRow("search index city") << u"city"_s << u"City"_s;
+    QTest::newRow("misspelled id") << u"aperature"_s << u"Aperature"_s;
+    QTest::newRow("title case from id") << u"exif_subject_distance"_s << u"Subject Distance"_s;
+    QTest::newRow("title case keeps letters") << u"exif_iso_speed"_s << u"Iso Speed"_s;
+    QTest::newRow("title case with digit") << u"id3_equalization2"_s << u"Equalization2"_s;
+    QTest::newRow("reference suffix") << u"gps_latitude_ref"_s << u"Latitude Ref"_s;
+    QTest::newRow("stated EXIF row") << u"exif_make"_s << u"Camera Make"_s;
+    QTest::newRow("stated misspelling") << u"id3_initial_key"_s << u"Inital Key"_s;
+    QTest::newRow("stated IPTC row") << u"iptc_caption_abstract"_s << u"Description/ Caption"_s;
+    QTest::newRow("stated image row") << u"image_profile_name"_s << u"ICC Color Profile Name"_s;
+    QTest::newRow("last media row") << u"av_modified_date"_s << u"Modified Date"_s;
+}
+
+void tst_TagManager::displayName()
+{
+    QFETCH(QString, id);
+    QFETCH(QString, name);
+    QCOMPARE(TagManager::shared().displayName(id), name);
+}
+
+void tst_TagManager::sourceForKey_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<std::optional<MetadataSource>>("source");
+    QTest::newRow("search index country is never present")
+        << u"country"_s << std::optional<MetadataSource>();
+    QTest::newRow("IPTC country") << u"Country"_s << std::optional(MetadataSource::ExifToolGeneric);
+    QTest::newRow("search index city") << u"city"_s << std::optional(MetadataSource::Spotlight);
+    QTest::newRow("sort key") << u"size"_s << std::optional(MetadataSource::Basic);
+    QTest::newRow("summary flag") << u"IPTCDataComplete"_s
+                                  << std::optional(MetadataSource::ExifToolGeneric);
+    QTest::newRow("last search index key")
+        << u"mediatypes"_s << std::optional(MetadataSource::Spotlight);
+    QTest::newRow("image reader key") << u"exif_make"_s << std::optional<MetadataSource>();
+}
+
+void tst_TagManager::sourceForKey()
+{
+    QFETCH(QString, key);
+    QFETCH(std::optional<MetadataSource>, source);
+    QCOMPARE(TagManager::shared().sourceForKey(key), source);
+}
+
+void tst_TagManager::everyListedColumnHasASource()
+{
+    // A misspelt row in one table would leave a column that can never show a value.
+    const TagManager &tags = TagManager::shared();
+    QStringList withoutSource;
+    for (const QStringList &list : tags.columnIDsByCategory()) {
+        for (const QString &id : list) {
+            if (id != u"-" && !tags.sourceForKey(id))
+                withoutSource.append(id);
+        }
+    }
+    for (const QString &id : tags.columnIDsToDescriptiveTagSpaceMapping().keys()) {
+        if (!tags.sourceForKey(id))
+            withoutSource.append(id);
+    }
+    QCOMPARE(withoutSource, QStringList {u"country"_s});
+}
+
+void tst_TagManager::descriptiveGroupsFollowTheCategoryLists_data()
+{
+    QTest::addColumn<Space>("space");
+    QTest::addColumn<QStringList>("leading");
+    QTest::newRow("Basic") << Space::Basic
+                           << QStringList {u"name"_s,
+                                           u"file_name"_s,
+                                           u"file_name_without_any_extensions"_s,
+                                           u"relative_path"_s,
+                                           u"absolute_parent_path"_s,
+                                           u"absolute_path"_s,
+                                           u"tags"_s,
+                                           u"creation_date"_s,
+                                           u"modification_date"_s,
+                                           u"parent"_s,
+                                           u"full_path_name_length"_s};
+    QTest::newRow("Size") << Space::Size
+                          << QStringList {u"human_readable_size"_s, u"size_in_bytes"_s,
+                                          u"size_in_kb"_s, u"size_in_mb"_s};
+    QTest::newRow("EXIF") << Space::EXIF
+                          << QStringList {u"DateTimeOriginal"_s, u"DateTimeDigitized"_s};
+    QTest::newRow("GPS") << Space::GPS << QStringList {u"GPSLatitude#"_s,     u"XMPGPSLatitude#"_s,
+                                                       u"GPSLatitudeRef"_s,   u"GPSLongitude#"_s,
+                                                       u"XMPGPSLongitude#"_s, u"GPSLongitudeRef"_s,
+                                                       u"GPSAltitude#"_s};
+    QTest::newRow("IPTC") << Space::IPTC
+                          << QStringList {u"City"_s,         u"XMPCity"_s,        u"Country"_s,
+                                          u"XMPCountry"_s,   u"Province-State"_s, u"XMPState"_s,
+                                          u"Sub-location"_s, u"XMPLocation"_s};
+}
+
+void tst_TagManager::descriptiveGroupsFollowTheCategoryLists()
+{
+    QFETCH(Space, space);
+    QFETCH(QStringList, leading);
+    const TagManager &tags = TagManager::shared();
+    const QStringList ids = tags.columnIDArrayForDescriptiveTag(space);
+    QCOMPARE(ids.mid(0, leading.size()), leading);
+
+    // The group holds exactly its own ids, each once.
+    QSet<QString> expected;
+    const auto &mapping = tags.columnIDsToDescriptiveTagSpaceMapping();
+    for (auto it = mapping.cbegin(); it != mapping.cend(); ++it) {
+        if (it.value() == space)
+            expected.insert(it.key());
+    }
+    QCOMPARE(ids.size(), expected.size());
+    QCOMPARE(QSet<QString>(ids.cbegin(), ids.cend()), expected);
+}
+
+void tst_TagManager::divergenceFlagKey_data()
+{
+    QTest::addColumn<QString>("column");
+    QTest::addColumn<std::optional<QString>>("flag");
+    QTest::newRow("city") << u"XMPCity"_s << std::optional(u"CityDivergent"_s);
+    QTest::newRow("country") << u"XMPCountry"_s << std::optional(u"CountryDivergent"_s);
+    QTest::newRow("state") << u"XMPState"_s << std::optional(u"StateDivergent"_s);
+    QTest::newRow("location") << u"XMPLocation"_s << std::optional(u"SublocationDivergent"_s);
+    QTest::newRow("latitude") << u"XMPGPSLatitude#"_s << std::optional(u"GPSDivergent"_s);
+    QTest::newRow("longitude") << u"XMPGPSLongitude#"_s << std::optional(u"GPSDivergent"_s);
+    QTest::newRow("legacy city") << u"City"_s << std::optional<QString>();
+}
+
+void tst_TagManager::divergenceFlagKey()
+{
+    QFETCH(QString, column);
+    QFETCH(std::optional<QString>, flag);
+    QCOMPARE(TagManager::divergenceFlagKey(column), flag);
+}
+
+void tst_TagManager::abbreviations()
+{
+    QCOMPARE(TagManager::localizedAbbreviation(Space::Basic), std::optional<QString>());
+    QCOMPARE(TagManager::localizedAbbreviation(Space::Size), std::optional<QString>());
+    QCOMPARE(TagManager::localizedAbbreviation(Space::EXIF), std::optional(u"EXIF"_s));
+    QCOMPARE(TagManager::localizedAbbreviation(Space::GPS), std::optional(u"GPS"_s));
+    QCOMPARE(TagManager::localizedAbbreviation(Space::IPTC), std::optional(u"IPTC"_s));
+}
+
+QTEST_GUILESS_MAIN(tst_TagManager)
+#include "tst_TagManager.moc"

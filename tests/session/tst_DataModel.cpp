@@ -1,0 +1,161 @@
+#include "session/DataModel.h"
+
+#include "TestSupport.h"
+#include "platform/AlertPresenter.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+class RecordingPresenter : public AlertPresenter
+{
+public:
+    int present(const Alert &alert) override
+    {
+        shown << alert;
+        return 0;
+    }
+    QList<Alert> shown;
+};
+} // namespace
+
+class tst_DataModel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void firstLaunchDefaults();
+    void persistedSettingsSurviveARestartButSortModesDoNot();
+    void previewTabIndexFollowsBothSources();
+    void snapshotCopiesEverySetting();
+    void sourceListRefusesListedPathsAndTheirContents();
+    void columnMovesSurviveARestart();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void tst_DataModel::firstLaunchDefaults()
+{
+    UserDefaults defaults(m_dir.filePath(QStringLiteral("first.json")));
+    DataModel model(defaults);
+    QCOMPARE(model.columnList.value(),
+             (QStringList {QStringLiteral("name"), QStringLiteral("absolute_path")}));
+    QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
+    QVERIFY(model.sourceList.value().isEmpty());
+    QCOMPARE(model.previewTabIndex->value(), 0);
+    QCOMPARE(model._stepperLabel->value(), QStringLiteral("Whatever"));
+    QCOMPARE(model._currentPinIndex->value(), -1);
+    QCOMPARE(model._currentPinName->value(), QStringLiteral("No Pin"));
+    QCOMPARE(model.htmlIndentationMode->value(), 1);
+    QCOMPARE(model.jsonDateFormatMode->value(), 1);
+    QCOMPARE(model.infoPaneHeight->value(), 200.0);
+    QCOMPARE(model.processSubFolders->value(), false);
+    QCOMPARE(model.quoteStrings->value(), true);
+    // Registered defaults are never written to disk.
+    QVERIFY(!QFileInfo::exists(defaults.filePath())
+            || !defaults.objectForKey(QStringLiteral("quoteStrings")).isNull());
+}
+
+void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
+{
+    const QString path = m_dir.filePath(QStringLiteral("restart.json"));
+    {
+        UserDefaults defaults(path);
+        DataModel model(defaults);
+        model.outputFormat->setValue(OutputFormatIndexEnum::JSON);
+        model.processSubFolders->setValue(true);
+        model.infoPaneHeight->setValue(321.5);
+        model.setFirstSortMode(SortMode::cityDescending);
+        defaults.synchronize();
+    }
+    UserDefaults defaults(path);
+    // The historical spelling of the key is what is stored.
+    QCOMPARE(defaults.objectForKey(QStringLiteral("prodcessSubfolders")).toBool(), true);
+    QCOMPARE(defaults.objectForKey(QStringLiteral("outputFormat")).toInt(), 5);
+    DataModel model(defaults);
+    QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::JSON);
+    QCOMPARE(model.infoPaneHeight->value(), 321.5);
+    QCOMPARE(model.firstSortMode(), SortMode::nameAndSequenceAscending);
+}
+
+void tst_DataModel::previewTabIndexFollowsBothSources()
+{
+    UserDefaults defaults(m_dir.filePath(QStringLiteral("tabs.json")));
+    DataModel model(defaults);
+    QList<int> seen;
+    model.previewTabIndex->addColdListener([&](int v) { seen << v; });
+    model.previewMode->setValue(2);
+    QCOMPARE(model.previewTabIndex->value(), 0); // still waiting for data
+    model.waitingForData->setValue(false);
+    QCOMPARE(model.previewTabIndex->value(), 3);
+    model.previewMode->setValue(0);
+    QCOMPARE(model.previewTabIndex->value(), 1);
+    QCOMPARE(seen, (QList<int> {0, 3, 1}));
+}
+
+void tst_DataModel::snapshotCopiesEverySetting()
+{
+    UserDefaults defaults(m_dir.filePath(QStringLiteral("snapshot.json")));
+    DataModel model(defaults);
+    model.quoteStrings->setValue(false);
+    model.jsonIndentationMode->setValue(3);
+    model.setSecondSortMode(SortMode::sizeDescending);
+    model.columnList.add(QStringLiteral("City"));
+    const DataModelSnapshot snapshot = model.createSnapshot();
+    model.quoteStrings->setValue(true); // later changes do not reach a taken snapshot
+    QCOMPARE(snapshot.quoteStrings, false);
+    QCOMPARE(snapshot.jsonIndentationMode, 3);
+    QCOMPARE(snapshot.secondSortMode, SortMode::sizeDescending);
+    QCOMPARE(snapshot.columnList.last(), QStringLiteral("City"));
+    QCOMPARE(snapshot.htmlIndentationMode, 1);
+}
+
+void tst_DataModel::sourceListRefusesListedPathsAndTheirContents()
+{
+    RecordingPresenter presenter;
+    AlertPresenter::install(&presenter);
+    UserDefaults defaults(m_dir.filePath(QStringLiteral("sources.json")));
+    DataModel model(defaults);
+    model.waitingForData->setValue(false);
+
+    model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/other/file.jpg")}, true);
+    QVERIFY(presenter.shown.isEmpty());
+    QVERIFY(model.waitingForData->value());
+    // A folder twice, and a file inside a listed folder, are refused; the rest is added.
+    model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/photos/2020/a.jpg"),
+                          QStringLiteral("/other"), QStringLiteral("/photosbook")},
+                         true);
+    QCOMPARE(model.sourceList.value(),
+             (QStringList {QStringLiteral("/photos"), QStringLiteral("/other/file.jpg"),
+                           QStringLiteral("/other"), QStringLiteral("/photosbook")}));
+    QCOMPARE(presenter.shown.size(), 1);
+    QCOMPARE(presenter.shown.first().title, QStringLiteral("Some files could not be added."));
+    QCOMPARE(presenter.shown.first().buttons, QStringList {QStringLiteral("OK")});
+    // Not interactive: refused silently.
+    model.sourceList.add({QStringLiteral("/photos")}, false);
+    QCOMPARE(presenter.shown.size(), 1);
+    AlertPresenter::install(nullptr);
+}
+
+void tst_DataModel::columnMovesSurviveARestart()
+{
+    const QString path = m_dir.filePath(QStringLiteral("columns.json"));
+    {
+        UserDefaults defaults(path);
+        DataModel model(defaults);
+        model.columnList.add(QStringLiteral("City"));
+        model.columnList.add(QStringLiteral("Country"));
+        // name, absolute_path, City, Country: move City and Country to the top.
+        model.columnList.move({2, 3}, 0);
+        model.columnList.deleteAt(3);
+    }
+    UserDefaults defaults(path);
+    DataModel model(defaults);
+    QCOMPARE(
+        model.columnList.value(),
+        (QStringList {QStringLiteral("City"), QStringLiteral("Country"), QStringLiteral("name")}));
+}
+
+QTEST_GUILESS_MAIN(tst_DataModel)
+#include "tst_DataModel.moc"

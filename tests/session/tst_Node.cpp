@@ -1,0 +1,158 @@
+#include "session/FlatFileList.h"
+#include "session/StringHelpers.h"
+
+#include "TestSupport.h"
+
+#include <QTest>
+
+using namespace StringHelpers;
+
+namespace {
+NodePtr file(const QString &path)
+{
+    return FileNode::create(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1), path, QString());
+}
+
+QStringList names(const FlatFileList &list)
+{
+    QStringList result;
+    for (const NodePtr &node : list.files)
+        result << node->name;
+    return result;
+}
+} // namespace
+
+class tst_Node : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void expandingNumberGroups_data();
+    void expandingNumberGroups();
+    void encodedLineBreaks();
+    void derivedFields_data();
+    void derivedFields();
+    void builtInKeysDifferBetweenDisplayAndSyncForms();
+    void sortIsNaturalStableAndIgnoresSecondMode();
+    void descendingInvertsAndNamesCompareCaseInsensitively();
+};
+
+void tst_Node::expandingNumberGroups_data()
+{
+    QTest::addColumn<QString>("input");
+    QTest::addColumn<QString>("expected");
+    const QString zeros31(31, QLatin1Char('0'));
+    const QString zeros30(30, QLatin1Char('0'));
+    QTest::newRow("empty") << QString() << QString();
+    QTest::newRow("letters only") << QStringLiteral("abc") << QStringLiteral("abc");
+    QTest::newRow("two runs") << QStringLiteral("a1b22")
+                              << QStringLiteral("a") + zeros31 + QStringLiteral("1b") + zeros30
+            + QStringLiteral("22");
+    const QString forty(40, QLatin1Char('7'));
+    QTest::newRow("long run stays") << forty << forty;
+    // Arabic-Indic digits are numeric too.
+    QTest::newRow("non-ASCII digits")
+        << QStringLiteral("x\u0663") << QStringLiteral("x") + zeros31 + QStringLiteral("\u0663");
+}
+
+void tst_Node::expandingNumberGroups()
+{
+    QFETCH(QString, input);
+    QFETCH(QString, expected);
+    QCOMPARE(stringByExpandingAllNumberGroups(input), expected);
+}
+
+void tst_Node::encodedLineBreaks()
+{
+    QCOMPARE(withEncodedLineBreaksAndTabs(QStringLiteral("a\nb\rc\td")),
+             QStringLiteral("a\\nb\\rc\\td"));
+    QCOMPARE(withEncodedLineBreaksAndTabs(QStringLiteral("plain")), QStringLiteral("plain"));
+    QCOMPARE(asCommaSeparatedString({QStringLiteral("a"), QStringLiteral("b")}),
+             QStringLiteral("a, b"));
+}
+
+void tst_Node::derivedFields_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<QString>("upToFirstPeriod");
+    QTest::addColumn<QString>("parent");
+    QTest::addColumn<QString>("parentPath");
+    QTest::newRow("double extension")
+        << QStringLiteral("/p/q/archive.tar.gz") << QStringLiteral("archive.tar")
+        << QStringLiteral("archive") << QStringLiteral("q") << QStringLiteral("/p/q");
+    QTest::newRow("hidden") << QStringLiteral("/p/.hidden") << QStringLiteral(".hidden")
+                            << QString() << QStringLiteral("p") << QStringLiteral("/p");
+    QTest::newRow("no extension") << QStringLiteral("/p/README") << QStringLiteral("README")
+                                  << QStringLiteral("README") << QStringLiteral("p")
+                                  << QStringLiteral("/p");
+    QTest::newRow("at the root") << QStringLiteral("/a.jpg") << QStringLiteral("a")
+                                 << QStringLiteral("a") << QStringLiteral("/")
+                                 << QStringLiteral("/");
+}
+
+void tst_Node::derivedFields()
+{
+    QFETCH(QString, path);
+    const NodePtr node = file(path);
+    QTEST(node->fileName, "fileName");
+    QTEST(node->fileNameUpToFirstPeriod, "upToFirstPeriod");
+    QTEST(node->parent, "parent");
+    QTEST(node->absoluteParentPath, "parentPath");
+}
+
+void tst_Node::builtInKeysDifferBetweenDisplayAndSyncForms()
+{
+    const NodePtr node = FileNode::create(QStringLiteral("b.jpg"), QStringLiteral("/a/b.jpg"),
+                                          QStringLiteral("a"));
+    QCOMPARE(node->getDisplayString(QStringLiteral("full_path_name_length")).text(),
+             QStringLiteral("8"));
+    // The synchronous form goes through the integer row: every integer shows as a size.
+    QVERIFY(node->getStringValueSync(QStringLiteral("full_path_name_length"))
+            != QStringLiteral("8"));
+    // Spelled this way, the key answers a length, and only in the display form.
+    QCOMPARE(node->getDisplayString(QStringLiteral("absoluteParentPath")).text(),
+             QStringLiteral("2"));
+    QCOMPARE(node->getDisplayString(QStringLiteral("absolute_parent_path")).text(),
+             QStringLiteral("/a"));
+    QCOMPARE(node->getDisplayString(QStringLiteral("relative_path")).text(), QStringLiteral("a"));
+    QCOMPARE(node->getDisplayString(QStringLiteral("no such key")).kind(),
+             DisplayStringWrapper::Kind::NotPresent);
+    QCOMPARE(node->getStringValueSync(QStringLiteral("no such key")), QStringLiteral("Null"));
+    QCOMPARE(node->getIntValueSync(QStringLiteral("no such key")), 0);
+    QCOMPARE(node->getDateValueSync(QStringLiteral("no such key")), Node::distantPast());
+    QCOMPARE(*node, *file(QStringLiteral("/a/b.jpg")));
+}
+
+void tst_Node::sortIsNaturalStableAndIgnoresSecondMode()
+{
+    FlatFileList list({file(QStringLiteral("/x/IMG12.jpg")), file(QStringLiteral("/y/IMG2.jpg")),
+                       file(QStringLiteral("/z/img2.jpg")), file(QStringLiteral("/w/IMG1.jpg"))});
+    list.sort(SortMode::nameAndSequenceAscending, SortMode::absolutePathDescending);
+    // IMG2 and img2 tie case-insensitively and keep their previous order whatever the second
+    // mode says.
+    QCOMPARE(names(list),
+             (QStringList {QStringLiteral("IMG1.jpg"), QStringLiteral("IMG2.jpg"),
+                           QStringLiteral("img2.jpg"), QStringLiteral("IMG12.jpg")}));
+    // Sizes are all unknown here (0), so a size sort keeps the order as it was.
+    const QStringList before = names(list);
+    list.sort(SortMode::sizeAscending, SortMode::nameDescending);
+    QCOMPARE(names(list), before);
+}
+
+void tst_Node::descendingInvertsAndNamesCompareCaseInsensitively()
+{
+    const NodePtr a = file(QStringLiteral("/b/apple"));
+    const NodePtr b = file(QStringLiteral("/a/Banana"));
+    QCOMPARE(Node::compare(*a, *b, SortMode::nameAscending), NodeComparisonResult::aBeforeB);
+    QCOMPARE(Node::compare(*a, *b, SortMode::nameDescending), NodeComparisonResult::bBeforeA);
+    // The path-and-sequence modes compare the names, not the paths.
+    QCOMPARE(Node::compare(*a, *b, SortMode::pathAndSequenceAscending),
+             NodeComparisonResult::aBeforeB);
+    QCOMPARE(Node::compare(*a, *b, SortMode::absolutePathAscending),
+             NodeComparisonResult::bBeforeA);
+    QCOMPARE(Node::compare(*a, *a, SortMode::cityAscending), NodeComparisonResult::tie);
+}
+
+QTEST_GUILESS_MAIN(tst_Node)
+#include "tst_Node.moc"

@@ -1,0 +1,315 @@
+#include "output/OutputFormatType.h"
+#include "session/DataModel.h"
+#include "session/OutputEngine.h"
+#include "session/StatusLine.h"
+
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <atomic>
+
+namespace {
+
+// A minimal text format: the names of the list, one a line, in the list's order.
+class NamesOperation : public OutputOperationType
+{
+public:
+    NamesOperation(std::shared_ptr<OutputEngine> engine, FlatFileListPtr list)
+        : engine(std::move(engine))
+        , list(std::move(list))
+    { }
+    void main() override
+    {
+        if (isCancelled())
+            return;
+        QStringList names;
+        for (const NodePtr &node : list->files) {
+            names << node->name;
+            ++done;
+        }
+        text = names.join(QLatin1Char('\n'));
+        if (!isCancelled())
+            engine->outputOperationFinished(*this);
+    }
+    int currentFileCount() const override { return done; }
+    int totalFileCount() const override { return int(list->files.size()); }
+    bool indeterminateProgress() const override { return false; }
+    QString outputString() const override { return text; }
+
+    std::shared_ptr<OutputEngine> engine;
+    FlatFileListPtr list;
+    std::atomic_int done = 0;
+    QString text;
+};
+
+class NamesFormat : public OutputFormatType
+{
+public:
+    std::shared_ptr<OutputOperationType> getOutputOperation(const DataModelSnapshot &,
+                                                            std::shared_ptr<OutputEngine> engine,
+                                                            FlatFileListPtr list) override
+    {
+        ++operationsMade;
+        return std::make_shared<NamesOperation>(std::move(engine), std::move(list));
+    }
+    std::atomic_int operationsMade = 0;
+};
+
+class RecordingTable : public PreviewTableUpdating
+{
+public:
+    void setNodes(const QList<NodePtr> &nodes) override { shown = nodes; }
+    void updateAll() override { ++updates; }
+    QList<NodePtr> shown;
+    int updates = 0;
+};
+
+void touch(const QString &path)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+}
+
+} // namespace
+
+class tst_OutputEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void emptySourceListGivesEmptyListThenReady();
+    void scanSortAndFormatChainAndPublish();
+    void secondSourceChangeCancelsTheFirst();
+    void settingsBeforeFirstScanStartNothing();
+    void stepperAndSortChangesResortWithoutRescanning();
+    void encodingModeStartsNoStage();
+    void scanSettingChangedFromOutsideRescans();
+    void statusLineTexts_data();
+    void statusLineTexts();
+
+private:
+    bool waitReady();
+    QStringList listedNames() const;
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<DataModel> m_model;
+    std::shared_ptr<OutputEngine> m_engine;
+    std::shared_ptr<NamesFormat> m_format;
+    std::shared_ptr<RecordingTable> m_table;
+};
+
+void tst_OutputEngine::initTestCase()
+{
+    TestSupport::useTemporaryUserDefaults();
+    for (const char *name : {"b10.jpg", "b9.jpg", "a.jpg"})
+        touch(m_dir.filePath(QStringLiteral("one/") + QLatin1String(name)));
+    touch(m_dir.filePath(QStringLiteral("two/c.jpg")));
+}
+
+void tst_OutputEngine::init()
+{
+    UserDefaults::standard().setObject(QStringList(), QStringLiteral("brisk_sources"));
+    UserDefaults::standard().setObject(1, QStringLiteral("outputFormat"));
+    m_model = std::make_unique<DataModel>();
+    m_engine = OutputEngine::create(m_model.get());
+    m_format = std::make_shared<NamesFormat>();
+    m_engine->setOutputFormat(OutputFormatIndexEnum::TSV, m_format);
+    m_table = std::make_shared<RecordingTable>();
+    m_engine->addPreviewTable(m_table);
+}
+
+void tst_OutputEngine::cleanup()
+{
+    waitReady();
+    m_engine.reset();
+    m_model.reset();
+}
+
+bool tst_OutputEngine::waitReady()
+{
+    return TestSupport::waitUntil(
+        [&] { return !m_engine || m_engine->queue().operationCount() == 0; });
+}
+
+QStringList tst_OutputEngine::listedNames() const
+{
+    QStringList names;
+    if (FlatFileListPtr list = m_engine->flatFileList())
+        for (const NodePtr &node : list->files)
+            names << node->name;
+    return names;
+}
+
+void tst_OutputEngine::emptySourceListGivesEmptyListThenReady()
+{
+    m_engine->startListening();
+    QVERIFY(TestSupport::waitUntil([&] { return m_engine->currentOutputString().has_value(); }));
+    QVERIFY(waitReady());
+    QVERIFY(m_engine->flatFileList());
+    QVERIFY(m_engine->flatFileList()->files.isEmpty());
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(QString()));
+    QCOMPARE(m_engine->currentFileCount(), std::optional<int>(0));
+    const OutputEngineViewModel status = m_engine->createOutputEngineViewModel();
+    QCOMPARE(status.activeStage, OutputOperationTypeEnum::ready);
+    QCOMPARE(status.currentNumberOfItems, 0);
+}
+
+void tst_OutputEngine::scanSortAndFormatChainAndPublish()
+{
+    std::atomic_int completions = 0;
+    m_engine->outputCompletePublisher->addColdListener([&](bool v) { completions += v ? 1 : 0; });
+    m_engine->startListening();
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 3 && completions >= 1; }));
+    QVERIFY(waitReady());
+    QCOMPARE(listedNames(),
+             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
+                           QStringLiteral("b10.jpg")}));
+    QCOMPARE(m_engine->currentOutputString(),
+             std::optional<QString>(QStringLiteral("a.jpg\nb9.jpg\nb10.jpg")));
+    QVERIFY(TestSupport::waitUntil([&] { return m_table->shown.size() == 3; }));
+    QVERIFY(m_table->updates >= 1);
+    QVERIFY(m_model->waitingForData->value());
+}
+
+void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
+{
+    m_engine->startListening();
+    QVERIFY(waitReady());
+    // Two changes in a row on the main thread: the first scan is cancelled before or while it
+    // runs and swaps nothing in; only the second list arrives.
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.deleteAt(0);
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return listedNames() == QStringList {QStringLiteral("c.jpg")}; }));
+    QVERIFY(waitReady());
+    QCOMPARE(listedNames(), QStringList {QStringLiteral("c.jpg")});
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(QStringLiteral("c.jpg")));
+}
+
+void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
+{
+    // Not listening yet, and no list: a sort change or an output change starts no stage.
+    m_engine->launchReSortOperation();
+    m_model->setFirstSortMode(SortMode::nameDescending);
+    QCOMPARE(m_engine->queue().operationCount(), 0);
+    QVERIFY(!m_engine->flatFileList());
+}
+
+void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()
+{
+    m_engine->startListening();
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 3; }));
+    QVERIFY(waitReady());
+    const FlatFileListPtr first = m_engine->flatFileList();
+
+    m_model->setFirstSortMode(SortMode::nameAndSequenceDescending);
+    QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != first; }));
+    QVERIFY(waitReady());
+    QCOMPARE(listedNames(),
+             (QStringList {QStringLiteral("b10.jpg"), QStringLiteral("b9.jpg"),
+                           QStringLiteral("a.jpg")}));
+    // The same nodes, and the old list untouched for whoever still reads it.
+    QCOMPARE(m_engine->flatFileList()->files.last(), first->files.first());
+    QCOMPARE(first->files.first()->name, QStringLiteral("a.jpg"));
+    QCOMPARE(m_engine->currentOutputString(),
+             std::optional<QString>(QStringLiteral("b10.jpg\nb9.jpg\na.jpg")));
+
+    // Stepper inactive puts the natural name order back, whatever was chosen.
+    m_model->setStepperMode(StepperMode::inactive);
+    QCOMPARE(m_model->firstSortMode(), SortMode::nameAndSequenceAscending);
+    QVERIFY(
+        TestSupport::waitUntil([&] { return listedNames().first() == QStringLiteral("a.jpg"); }));
+    QVERIFY(waitReady());
+}
+
+void tst_OutputEngine::encodingModeStartsNoStage()
+{
+    m_engine->startListening();
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 1; }));
+    QVERIFY(waitReady());
+    const int made = m_format->operationsMade;
+    m_model->encodingMode->setValue(2);
+    QCOMPARE(m_engine->queue().operationCount(), 0);
+    QCOMPARE(int(m_format->operationsMade), made);
+    // Any other output setting re-formats without a rescan.
+    const FlatFileListPtr list = m_engine->flatFileList();
+    m_model->nullValuesMode->setValue(1);
+    QVERIFY(TestSupport::waitUntil([&] { return m_format->operationsMade == made + 1; }));
+    QVERIFY(waitReady());
+    QCOMPARE(m_engine->flatFileList(), list);
+}
+
+void tst_OutputEngine::scanSettingChangedFromOutsideRescans()
+{
+    m_engine->startListening();
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 1; }));
+    QVERIFY(waitReady());
+    const FlatFileListPtr list = m_engine->flatFileList();
+    UserDefaults::standard().setObject(true, QStringLiteral("prodcessSubfolders"));
+    QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != list; }));
+    // A rescan makes new nodes for the same files.
+    QVERIFY(m_engine->flatFileList()->files.first() != list->files.first());
+    QCOMPARE(m_engine->flatFileList()->files.first()->absolutePath,
+             list->files.first()->absolutePath);
+}
+
+void tst_OutputEngine::statusLineTexts_data()
+{
+    QTest::addColumn<int>("stage");
+    QTest::addColumn<bool>("indeterminate");
+    QTest::addColumn<bool>("writing");
+    QTest::addColumn<int>("secondsSinceReference");
+    QTest::addColumn<QString>("expected");
+    const QString tail = QStringLiteral(" (40 items | 2 selected | 7 metadata items). ");
+    QTest::newRow("scanning") << int(OutputOperationTypeEnum::scanning) << false << false << 0
+                              << QStringLiteral("12 items scanned...") + tail;
+    QTest::newRow("sorting, second 0") << int(OutputOperationTypeEnum::scanning) << true << false
+                                       << 0 << QStringLiteral("Sorting items.") + tail;
+    QTest::newRow("resorting, second 3")
+        << int(OutputOperationTypeEnum::resorting) << false << false << 7
+        << QStringLiteral("Sorting items....") + tail;
+    QTest::newRow("computing") << int(OutputOperationTypeEnum::computingOutput) << false << false
+                               << 0 << QStringLiteral("Computing output (12/30)...") + tail;
+    QTest::newRow("writing") << int(OutputOperationTypeEnum::ready) << false << true << 0
+                             << QStringLiteral("Writing 5 of 9...") + tail;
+    QTest::newRow("ready") << int(OutputOperationTypeEnum::ready) << false << false << 0
+                           << QStringLiteral("Ready.") + tail;
+}
+
+void tst_OutputEngine::statusLineTexts()
+{
+    QFETCH(int, stage);
+    QFETCH(bool, indeterminate);
+    QFETCH(bool, writing);
+    QFETCH(int, secondsSinceReference);
+    OutputEngineViewModel engine;
+    engine.activeStage = OutputOperationTypeEnum(stage);
+    engine.indeterminateProgress = indeterminate;
+    engine.currentItemProcessing = 12;
+    engine.totalItemProcessing = 40; // larger than the count: the status never shows less
+    engine.currentNumberOfItems = 30;
+    engine.currentNumberOfMetadataItems = 7;
+    WriteEngineViewModel writer;
+    writer.isActive = writing;
+    writer.currentFileIndex = 4;
+    writer.totalFileCount = 9;
+    const QDateTime now
+        = QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC).addSecs(secondsSinceReference);
+    QTEST(StatusLine::text(engine, writer, 2, now), "expected");
+}
+
+QTEST_GUILESS_MAIN(tst_OutputEngine)
+#include "tst_OutputEngine.moc"
