@@ -21,7 +21,8 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     , m_dataModel(dataModel)
     , m_engine(std::move(engine))
     , m_listModel(std::make_shared<PreviewListModel>(
-          QStringList {QStringLiteral("name"), QStringLiteral("GPSDataAvailable"),
+          QStringList {QStringLiteral("name"), QStringLiteral("human_readable_size"),
+                       QStringLiteral("modification_date"), QStringLiteral("GPSDataAvailable"),
                        QStringLiteral("IPTCDataComplete")}))
     , m_table(new QTableView(this))
     , m_status(new QLabel(this))
@@ -32,8 +33,10 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->verticalHeader()->hide();
     m_table->horizontalHeader()->setStretchLastSection(true);
-    m_table->setColumnWidth(0, 360);
-    m_table->setColumnWidth(1, 140);
+    m_table->setColumnWidth(0, 300);
+    m_table->setColumnWidth(1, 90);
+    m_table->setColumnWidth(2, 180);
+    m_table->setColumnWidth(3, 110);
     m_table->setAlternatingRowColors(true);
     m_table->setAcceptDrops(false);
     setCentralWidget(m_table);
@@ -51,7 +54,7 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     connect(timer, &QTimer::timeout, this, &FirstWindow::refreshStatus);
     timer->start(100);
     refreshStatus();
-    resize(820, 560);
+    resize(900, 560);
 }
 
 QString FirstWindow::statusText() const

@@ -1,5 +1,8 @@
 #include "PreviewListModel.h"
 
+#include "metadata/MetadataStorage.h"
+#include "metadata/TagManager.h"
+
 #include <QCoreApplication>
 
 class PreviewListModel::RowObserver : public DataIsReadyObserver
@@ -14,6 +17,28 @@ public:
     PreviewListModel *model;
     const Node *node;
 };
+
+namespace {
+
+// The IPTC status in the words the GPS status uses; the value is in the store once it shows.
+QString iptcStatusText(const QString &path)
+{
+    switch (MetadataStorage::shared().getObjCIntegerValue(path, QStringLiteral("IPTCDataComplete"),
+                                                          MetadataSource::ExifToolGeneric)) {
+    case 0:
+        return QStringLiteral("none");
+    case 1:
+        return QStringLiteral("complete");
+    case 2:
+        return QStringLiteral("incomplete");
+    case 3:
+        return QStringLiteral("divergent");
+    default:
+        return QString();
+    }
+}
+
+} // namespace
 
 PreviewListModel::PreviewListModel(QStringList keys, QObject *parent)
     : QAbstractTableModel(parent)
@@ -45,6 +70,8 @@ QVariant PreviewListModel::data(const QModelIndex &index, int role) const
     const DisplayStringWrapper value = node->getDisplayString(key);
     switch (value.kind()) {
     case DisplayStringWrapper::Kind::Present:
+        if (key == QLatin1String("IPTCDataComplete"))
+            return iptcStatusText(node->absolutePath);
         return value.text();
     case DisplayStringWrapper::Kind::NotPresent:
         return QString();
@@ -63,7 +90,7 @@ QVariant PreviewListModel::headerData(int section, Qt::Orientation orientation, 
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section >= m_keys.size())
         return {};
-    return m_keys.at(section);
+    return TagManager::shared().displayName(m_keys.at(section));
 }
 
 void PreviewListModel::setNodes(const QList<NodePtr> &nodes)

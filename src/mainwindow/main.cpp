@@ -1,5 +1,6 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
+#include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 
@@ -13,6 +14,8 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
     QApplication::setOrganizationName(QStringLiteral("palomet"));
+
+    ApplicationStart::installMetadataReaders();
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);

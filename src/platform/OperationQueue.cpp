@@ -62,11 +62,12 @@ void OperationQueue::setMaxConcurrentOperationCount(int count)
 
 void OperationQueue::Impl::insertWaiting(OperationPtr operation)
 {
-    // Behind every waiting operation of the same or a higher priority.
+    // Behind every waiting operation of the same or a higher priority. Searched from the back:
+    // most operations share one priority, so this is an append.
     const int priority = operation->queuePriority();
-    auto position = std::find_if(waiting.begin(), waiting.end(), [&](const OperationPtr &o) {
-        return o->queuePriority() < priority;
-    });
+    auto position = waiting.end();
+    while (position != waiting.begin() && (*std::prev(position))->queuePriority() < priority)
+        --position;
     waiting.insert(position, std::move(operation));
 }
 

@@ -46,6 +46,8 @@ struct SerialQueue::Impl
     std::deque<Task> tasks;
     bool busy = false;
     bool stopping = false;
+    bool exited = false;
+    std::condition_variable exitedChanged;
     std::thread::id workerId;
 };
 
@@ -62,12 +64,14 @@ SerialQueue::SerialQueue(QString label)
 
 SerialQueue::~SerialQueue()
 {
-    {
-        std::lock_guard lock(d->mutex);
-        d->stopping = true;
-        d->owner = nullptr;
-    }
+    std::unique_lock lock(d->mutex);
+    d->stopping = true;
     d->wake.notify_all();
+    // Blocks queued before the end still run against a live owner. Only when the queue is
+    // dropped from one of its own blocks can it not wait for itself.
+    if (std::this_thread::get_id() != d->workerId)
+        d->exitedChanged.wait(lock, [&] { return d->exited; });
+    d->owner = nullptr;
 }
 
 bool SerialQueue::isCurrent() const
@@ -135,8 +139,11 @@ void SerialQueue::Impl::workerLoop()
     std::unique_lock lock(mutex);
     for (;;) {
         wake.wait(lock, [&] { return stopping || (!busy && !tasks.empty()); });
-        if (tasks.empty() && stopping)
+        if (tasks.empty() && stopping) {
+            exited = true;
+            exitedChanged.notify_all();
             return;
+        }
         if (busy || tasks.empty())
             continue;
         Task task = std::move(tasks.front());

@@ -1,6 +1,11 @@
 #include "Node.h"
 
 #include "StringHelpers.h"
+#include "metadata/DataCoordinator.h"
+#include "metadata/MetadataStorage.h"
+#include "metadata/RetrievalOperations.h"
+#include "metadata/TagManager.h"
+#include "platform/ByteCountFormatter.h"
 #include "platform/FileAttributes.h"
 #include "platform/MainQueue.h"
 
@@ -51,10 +56,35 @@ QString parentFolderName(const QString &absolutePath)
     return folder.isEmpty() ? QString() : lastPathComponent(folder);
 }
 
-// The file style of a byte count: decimal units, as a file browser shows sizes.
 QString byteCountText(qint64 bytes)
 {
-    return QLocale(QLocale::English).formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    return ByteCountFormatter::stringFromByteCount(bytes);
+}
+
+const QString retrievedKey = QStringLiteral("retrieved");
+
+// The words for the stored GPS availability status.
+DisplayStringWrapper gpsAvailabilityText(const WrappedMetaDataValue &value)
+{
+    switch (value.kind()) {
+    case WrappedMetaDataValue::Kind::NSInteger:
+        switch (value.integerValue()) {
+        case 0:
+            return DisplayStringWrapper::present(QStringLiteral("none"));
+        case 1:
+            return DisplayStringWrapper::present(QStringLiteral("complete"));
+        case 2:
+            return DisplayStringWrapper::present(QStringLiteral("incomplete"));
+        case 3:
+            return DisplayStringWrapper::present(QStringLiteral("divergent"));
+        default:
+            return DisplayStringWrapper::waiting();
+        }
+    case WrappedMetaDataValue::Kind::None:
+        return DisplayStringWrapper::notPresent();
+    default:
+        return DisplayStringWrapper::waiting();
+    }
 }
 
 } // namespace
@@ -80,7 +110,10 @@ QString Node::smartAbsolutePath() const
 
 void Node::scheduleInitialRead()
 {
-    // The embedded metadata reader registers here once it exists.
+    // Reading starts while the scan is still running.
+    auto operation = std::make_shared<GetExifToolInformationOperation>(shared_from_this());
+    operation->setQueuePriority(Operation::Normal);
+    DataCoordinator::shared().queue().addOperation(std::move(operation));
 }
 
 std::shared_ptr<FileNode> FileNode::create(const QString &name, const QString &absolutePath,
@@ -121,14 +154,21 @@ std::optional<QString> Node::tags() const
     return m_tags;
 }
 
-std::optional<MetadataSource> Node::sourceForKey(const QString &) const
+std::optional<MetadataSource> Node::sourceForKey(const QString &key) const
 {
-    return std::nullopt;
+    return TagManager::shared().sourceForKey(key);
 }
 
-WrappedMetaDataValue Node::storedValue(const QString &) const
+bool Node::sourceHasBeenRead(MetadataSource source) const
 {
-    return {};
+    return MetadataStorage::shared().boolValueExistsAndIsTrue(absolutePath, retrievedKey, source);
+}
+
+WrappedMetaDataValue Node::storedValueReadingNow(const QString &key, MetadataSource source) const
+{
+    if (!sourceHasBeenRead(source))
+        DataCoordinator::retrieveInformation(*this, source);
+    return MetadataStorage::shared().getWrappedValue(absolutePath, key, source);
 }
 
 DisplayStringWrapper Node::getDisplayString(const QString &key) const
@@ -157,9 +197,18 @@ DisplayStringWrapper Node::getDisplayString(const QString &key) const
     if (key == QLatin1String("relative_path"))
         return DisplayStringWrapper::present(relativePath);
 
-    if (!sourceForKey(key))
+    const std::optional<MetadataSource> source = sourceForKey(key);
+    if (!source)
         return DisplayStringWrapper::notPresent();
-    const WrappedMetaDataValue value = storedValue(key);
+    if (!sourceHasBeenRead(*source)) {
+        DataCoordinator::shared().retrieveDataAsynchronously(
+            std::const_pointer_cast<Node>(shared_from_this()), *source);
+        return DisplayStringWrapper::waiting();
+    }
+    const WrappedMetaDataValue value
+        = MetadataStorage::shared().getWrappedValue(absolutePath, key, *source);
+    if (key == QLatin1String("GPSDataAvailable"))
+        return gpsAvailabilityText(value);
     switch (value.kind()) {
     case WrappedMetaDataValue::Kind::StringValue:
         return DisplayStringWrapper::present(
@@ -199,9 +248,10 @@ WrappedMetaDataValue Node::getWrappedValueSync(const QString &key) const
         return WrappedMetaDataValue::string(absoluteParentPath);
     if (key == QLatin1String("relative_path"))
         return WrappedMetaDataValue::string(relativePath);
-    if (!sourceForKey(key))
+    const std::optional<MetadataSource> source = sourceForKey(key);
+    if (!source)
         return {};
-    return storedValue(key);
+    return storedValueReadingNow(key, *source);
 }
 
 QString Node::getStringValueSync(const QString &key) const

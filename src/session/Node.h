@@ -82,7 +82,8 @@ protected:
 
 private:
     std::optional<MetadataSource> sourceForKey(const QString &key) const;
-    WrappedMetaDataValue storedValue(const QString &key) const;
+    bool sourceHasBeenRead(MetadataSource source) const;
+    WrappedMetaDataValue storedValueReadingNow(const QString &key, MetadataSource source) const;
 
     mutable std::mutex smartPathLock;
     mutable std::optional<QString> m_smartAbsolutePath;

@@ -3,6 +3,7 @@
 #include "DataModel.h"
 #include "StageOperations.h"
 #include "bricks/KVOResponder.h"
+#include "metadata/MetadataStorage.h"
 #include "output/OutputFormatType.h"
 #include "platform/MainQueue.h"
 
@@ -29,11 +30,6 @@ void OutputEngine::setOutputFormat(OutputFormatIndexEnum index,
                                    std::shared_ptr<OutputFormatType> format)
 {
     outputFormats.insert(int(index), std::move(format));
-}
-
-void OutputEngine::setMetadataItemCounter(std::function<int()> counter)
-{
-    metadataItemCounter = std::move(counter);
 }
 
 void OutputEngine::addPreviewTable(std::weak_ptr<PreviewTableUpdating> table)
@@ -222,7 +218,7 @@ OutputEngineViewModel OutputEngine::createOutputEngineViewModel()
 {
     OutputEngineViewModel model;
     serialQueue.sync([&] {
-        model.currentNumberOfMetadataItems = metadataItemCounter ? metadataItemCounter() : 0;
+        model.currentNumberOfMetadataItems = int(MetadataStorage::shared().itemCounter());
         model.currentNumberOfItems = m_currentFileCount.value_or(0);
         const QList<OperationPtr> operations = operationQueue.operations();
         const auto *stage = operations.isEmpty()

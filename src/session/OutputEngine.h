@@ -53,8 +53,6 @@ public:
 
     void addPreviewTable(std::weak_ptr<PreviewTableUpdating> table);
     void setOutputFormat(OutputFormatIndexEnum index, std::shared_ptr<OutputFormatType> format);
-    // Counts the metadata values stored so far, for the status line.
-    void setMetadataItemCounter(std::function<int()> counter);
 
     OperationQueue &queue() { return operationQueue; }
     DataModel *dataModel() const { return m_dataModel; }
@@ -73,7 +71,6 @@ private:
     OperationQueue operationQueue;
     QHash<int, std::shared_ptr<OutputFormatType>> outputFormats;
     std::vector<std::weak_ptr<PreviewTableUpdating>> previewTables; // main thread only
-    std::function<int()> metadataItemCounter;
 
     // The list pointer is read by main-thread listeners directly; the mutex makes that one
     // pointer-sized read safe. Written on serialQueue.

@@ -1,0 +1,9 @@
+#pragma once
+
+// What the program sets up before the first file is read.
+namespace ApplicationStart {
+
+// The application's additions to the ExifTool white list, and the readers of every source.
+void installMetadataReaders();
+
+} // namespace ApplicationStart

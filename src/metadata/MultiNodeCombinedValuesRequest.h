@@ -1,0 +1,40 @@
+#pragma once
+
+#include "CombinedValuesWrapper.h"
+#include "MetadataSource.h"
+#include "session/DataIsReadyObserver.h"
+#include "session/Node.h"
+
+#include <QList>
+
+#include <functional>
+#include <memory>
+
+// Waits until one key's value has arrived for every node of a selection, then calls readyClosure
+// once. Main thread only. A selection whose data is all there calls it inside create(); an empty
+// one calls it on the next turn of the main queue.
+class MultiNodeCombinedValuesRequest
+    : public DataIsReadyObserver
+    , public std::enable_shared_from_this<MultiNodeCombinedValuesRequest>
+{
+public:
+    static std::shared_ptr<MultiNodeCombinedValuesRequest> create(
+        QList<NodePtr> nodes, const QString &key, MetadataSource source,
+        std::function<void()> readyClosure);
+
+    CombinedValuesWrapper combinedDisplayStringWrapper(const QString &key) const;
+    void update(MetadataSource source) override;
+    void terminate();
+
+    const QList<NodePtr> nodes;
+    const QString key;
+    const MetadataSource source;
+
+private:
+    MultiNodeCombinedValuesRequest(QList<NodePtr> nodes, QString key, MetadataSource source,
+                                   std::function<void()> readyClosure);
+    void start();
+    bool anyNodeWaiting() const;
+
+    std::function<void()> readyClosure;
+};

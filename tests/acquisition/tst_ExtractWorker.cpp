@@ -1,0 +1,366 @@
+#include "acquisition/ExifToolHelper.h"
+#include "acquisition/ExifToolProcess.h"
+#include "acquisition/ExifToolResponseParser.h"
+#include "platform/Resources.h"
+
+#include "Fixtures.h"
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+// The read worker, extract.pl, on real files: what each key holds, and that bad files still get
+// a complete answer.
+class tst_ExtractWorker : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void keys_data();
+    void keys();
+    void statusColumns_data();
+    void statusColumns();
+    void trackNumbers_data();
+    void trackNumbers();
+    void badFilesGetCompleteAnswers_data();
+    void badFilesGetCompleteAnswers();
+    void groupedTagsLandAtTheirSource();
+    void usesTheResourceExifTool();
+    void exitsAtEndOfInput();
+
+private:
+    QHash<QString, QString> genericValues(ExifToolProcess &process, const QString &path);
+
+    QTemporaryDir m_directory;
+    QHash<QString, QString> m_files;
+    std::unique_ptr<ExifToolProcess> m_worker;
+};
+
+namespace {
+
+// The lists the application starts its worker with.
+QStringList applicationWhiteList()
+{
+    return ExifToolHelper::sharedInstance().whiteList()
+        + QStringList {u"GeolocationCity"_s, u"GeolocationCountry"_s, u"GeolocationRegion"_s,
+                       u"GeolocationSubregion"_s, u"GeolocationFeatureCode"_s};
+}
+
+const QStringList northEast = {u"-GPSLatitude=48.8583"_s, u"-GPSLatitudeRef=N"_s,
+                               u"-GPSLongitude=2.2944"_s, u"-GPSLongitudeRef=E"_s};
+const QStringList southWest = {u"-GPSLatitude=33.8688"_s, u"-GPSLatitudeRef=S"_s,
+                               u"-GPSLongitude=70.6693"_s, u"-GPSLongitudeRef=W"_s};
+
+} // namespace
+
+void tst_ExtractWorker::initTestCase()
+{
+    const QString dir = m_directory.path();
+    m_files[u"north-east"_s] = Fixtures::makeJpeg(
+        dir, u"north-east.jpg"_s,
+        northEast + QStringList {u"-GPSAltitude=35"_s, u"-GPSAltitudeRef=0"_s});
+    m_files[u"south-west"_s] = Fixtures::makeJpeg(dir, u"south-west.jpg"_s, southWest);
+    m_files[u"iptc"_s] = Fixtures::makeJpeg(
+        dir, u"iptc.jpg"_s,
+        {u"-IPTC:CodedCharacterSet=UTF8"_s, u"-IPTC:City=Lyon"_s, u"-IPTC:Province-State=Rhône"_s,
+         u"-IPTC:Sub-location=Vieux Lyon"_s, u"-IPTC:Country-PrimaryLocationName=France"_s});
+    m_files[u"xmp-only"_s] = Fixtures::makeJpeg(
+        dir, u"xmp-only.jpg"_s,
+        {u"-XMP-photoshop:City=Nice"_s, u"-XMP-photoshop:State=Provence"_s,
+         u"-XMP-photoshop:Country=France"_s, u"-XMP-iptcCore:Location=Le Port"_s,
+         u"-XMP-exif:GPSLatitude=-43.7"_s, u"-XMP-exif:GPSLongitude=-7.26"_s});
+    m_files[u"iptc-xmp-disagree"_s] = Fixtures::makeJpeg(
+        dir, u"iptc-xmp-disagree.jpg"_s,
+        {u"-IPTC:City=Lyon"_s, u"-XMP-photoshop:City=Lille"_s, u"-IPTC:Province-State=Nord"_s,
+         u"-XMP-photoshop:State= Nord "_s, u"-IPTC:Country-PrimaryLocationName=France"_s,
+         u"-XMP-photoshop:Country=Belgique"_s, u"-IPTC:Sub-location=Centre"_s,
+         u"-XMP-iptcCore:Location=Gare"_s});
+    m_files[u"gps-disagree"_s] = Fixtures::makeJpeg(
+        dir, u"gps-disagree.jpg"_s,
+        northEast
+            + QStringList {u"-XMP-exif:GPSLatitude=48.8583"_s, u"-XMP-exif:GPSLongitude=2.3"_s});
+    m_files[u"gps-agree"_s]
+        = Fixtures::makeJpeg(dir, u"gps-agree.jpg"_s,
+                             southWest
+                                 + QStringList {u"-XMP-exif:GPSLatitude=-33.8688"_s,
+                                                u"-XMP-exif:GPSLongitude=-70.6693"_s});
+    m_files[u"mp4"_s] = Fixtures::makeVideo(dir, u"location.mp4"_s);
+    Fixtures::writeTags(m_files[u"mp4"_s], {u"-UserData:GPSCoordinates=-33.8688, -70.6693"_s});
+    m_files[u"mov"_s] = Fixtures::makeVideo(dir, u"location.mov"_s);
+    Fixtures::writeTags(m_files[u"mov"_s], {u"-Keys:GPSCoordinates=48.8583, 2.2944, 35"_s});
+    m_files[u"m4a"_s] = Fixtures::makeAudio(dir, u"sound.m4a"_s, {u"-metadata"_s, u"track=3/12"_s});
+    Fixtures::writeTags(m_files[u"m4a"_s], {u"-ItemList:GPSCoordinates=18.0138, -76.7519"_s});
+    m_files[u"mp3"_s] = Fixtures::makeAudio(dir, u"track.mp3"_s, {u"-metadata"_s, u"track=3/12"_s});
+    m_files[u"png"_s] = Fixtures::makePng(dir, u"picture.png"_s, northEast);
+    m_files[u"scripts"_s] = Fixtures::makeJpeg(dir, u"Αθήνα 東京 Москва القاهرة.jpg"_s, northEast);
+    m_files[u"section"_s]
+        = Fixtures::makeJpeg(dir, u"ala-moana.jpg"_s,
+                             {u"-GPSLatitude=21.292"_s, u"-GPSLatitudeRef=N"_s,
+                              u"-GPSLongitude=157.8426"_s, u"-GPSLongitudeRef=W"_s});
+    m_files[u"empty"_s] = Fixtures::makeFile(dir, u"empty.jpg"_s, QByteArray());
+    m_files[u"corrupt"_s] = Fixtures::makeFile(dir, u"corrupt.jpg"_s,
+                                               QByteArray("\xFF\xD8\xFF\xE1\x7F\xFF"
+                                                          "Exif\0\0MM\0*",
+                                                          16)
+                                                   + QByteArray(300, '\xA5'));
+    QVERIFY(QDir(dir).mkdir(u"folder.jpg"_s));
+    m_files[u"folder"_s] = QDir(dir).filePath(u"folder.jpg"_s);
+    m_files[u"missing"_s] = QDir(dir).filePath(u"missing.jpg"_s);
+
+    m_worker = std::make_unique<ExifToolProcess>(
+        applicationWhiteList(), ExifToolHelper::sharedInstance().rawWhiteList(), true);
+}
+
+QHash<QString, QString> tst_ExtractWorker::genericValues(ExifToolProcess &process,
+                                                         const QString &path)
+{
+    QHash<QString, QString> values;
+    const std::optional<QString> answer = process.obtainStrippedString(path);
+    if (!answer)
+        return values;
+    for (const ExtractedTag &tag : ExifToolResponseParser::parse(*answer)) {
+        if (tag.source == MetadataSource::ExifToolGeneric)
+            values.insert(tag.key, tag.value);
+    }
+    return values;
+}
+
+void tst_ExtractWorker::keys_data()
+{
+    QTest::addColumn<QString>("file");
+    // "Key=value" must be there with that value, "!Key" must be absent.
+    QTest::addColumn<QStringList>("expected");
+
+    QTest::newRow("EXIF north and east") << u"north-east"_s
+                                         << QStringList {u"GPSLatitude#=48.8583"_s,
+                                                         u"GPSLongitude#=2.2944"_s,
+                                                         u"GPSLatitudeRef=North"_s,
+                                                         u"GPSLongitudeRef=East"_s,
+                                                         u"GPSAltitude#=35"_s,
+                                                         u"GPSAltitudeRef=Above Sea Level"_s,
+                                                         u"GPSLatitude=48 deg 51' 29.88\""_s,
+                                                         u"GeolocationCountry=France"_s,
+                                                         u"!XMPPresent"_s,
+                                                         u"!GPSDivergent"_s,
+                                                         u"!XMPGPSLatitude#"_s};
+    QTest::newRow("EXIF south and west, unsigned with references")
+        << u"south-west"_s
+        << QStringList {u"GPSLatitude#=33.8688"_s, u"GPSLongitude#=70.6693"_s,
+                        u"GPSLatitudeRef=South"_s, u"GPSLongitudeRef=West"_s,
+                        u"GeolocationCountry=Chile"_s};
+    QTest::newRow("IPTC fields") << u"iptc"_s << QStringList {u"City=Lyon"_s,
+                                                              u"Province-State=Rhône"_s,
+                                                              u"Sub-location=Vieux Lyon"_s,
+                                                              u"Country=France"_s,
+                                                              u"!XMPCity"_s,
+                                                              u"!XMPPresent"_s,
+                                                              u"!CityDivergent"_s,
+                                                              u"!GPSLatitude#"_s};
+    QTest::newRow("XMP only") << u"xmp-only"_s
+                              << QStringList {u"XMPCity=Nice"_s,
+                                              u"XMPState=Provence"_s,
+                                              u"XMPCountry=France"_s,
+                                              u"XMPLocation=Le Port"_s,
+                                              u"XMPGPSLatitude#=-43.7"_s,
+                                              u"XMPGPSLongitude#=-7.26"_s,
+                                              u"XMPPresent=1"_s,
+                                              u"!City"_s,
+                                              u"!Country"_s,
+                                              u"!GPSLatitude#"_s,
+                                              u"!GPSLatitudeRef"_s,
+                                              u"!GPSDivergent"_s,
+                                              u"!CityDivergent"_s};
+    QTest::newRow("IPTC and XMP disagree")
+        << u"iptc-xmp-disagree"_s
+        << QStringList {u"City=Lyon"_s,       u"XMPCity=Lille"_s,      u"CityDivergent=1"_s,
+                        u"!StateDivergent"_s, u"CountryDivergent=1"_s, u"SublocationDivergent=1"_s,
+                        u"XMPPresent=1"_s};
+    QTest::newRow("EXIF and XMP positions disagree")
+        << u"gps-disagree"_s
+        << QStringList {u"GPSLatitude#=48.8583"_s, u"XMPGPSLongitude#=2.3"_s, u"GPSDivergent=1"_s,
+                        u"XMPPresent=1"_s};
+    QTest::newRow("EXIF and XMP agree once the references sign the position")
+        << u"gps-agree"_s
+        << QStringList {u"GPSLatitude#=33.8688"_s, u"XMPGPSLatitude#=-33.8688"_s,
+                        u"!GPSDivergent"_s};
+    QTest::newRow("MP4, UserData location, signed")
+        << u"mp4"_s
+        << QStringList {u"GPSLatitude#=-33.8688"_s, u"GPSLongitude#=-70.6693"_s,
+                        u"!GPSLatitudeRef"_s, u"!GPSLongitudeRef"_s, u"GeolocationCountry=Chile"_s};
+    QTest::newRow("MOV, Keys location with altitude")
+        << u"mov"_s
+        << QStringList {u"GPSLatitude#=48.8583"_s, u"GPSLongitude#=2.2944"_s, u"GPSAltitude#=35"_s,
+                        u"!GPSLatitudeRef"_s};
+    QTest::newRow("M4A, ItemList location")
+        << u"m4a"_s << QStringList {u"GPSLatitude#=18.0138"_s, u"GPSLongitude#=-76.7519"_s};
+    QTest::newRow("MP3 without position") << u"mp3"_s << QStringList {u"!GPSLatitude#"_s};
+    QTest::newRow("PNG with EXIF")
+        << u"png"_s << QStringList {u"GPSLatitude#=48.8583"_s, u"GPSLatitudeRef=North"_s};
+    QTest::newRow("name in several scripts")
+        << u"scripts"_s << QStringList {u"GPSLatitude#=48.8583"_s, u"GPSLongitudeRef=East"_s};
+    QTest::newRow("section of a populated place")
+        << u"section"_s
+        << QStringList {u"GeolocationCity=Ala Moana"_s,
+                        u"GeolocationFeatureCode=PPLX"_s,
+                        u"GeolocationSubregion=Honolulu County"_s,
+                        u"GeolocationRegion=Hawaii"_s,
+                        u"computedCity=Honolulu"_s,
+                        u"computedSublocation=Ala Moana"_s};
+}
+
+void tst_ExtractWorker::keys()
+{
+    QFETCH(QString, file);
+    QFETCH(QStringList, expected);
+    const QHash<QString, QString> values = genericValues(*m_worker, m_files.value(file));
+    for (const QString &expectation : expected) {
+        if (expectation.startsWith(u'!')) {
+            const QString key = expectation.mid(1);
+            QVERIFY2(!values.contains(key), qPrintable(key + u" = "_s + values.value(key)));
+            continue;
+        }
+        const QString key = expectation.section(u'=', 0, 0);
+        const QString value = expectation.section(u'=', 1);
+        QVERIFY2(values.contains(key), qPrintable(key + u" is missing"_s));
+        QCOMPARE(values.value(key), value);
+    }
+}
+
+void tst_ExtractWorker::statusColumns_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("gpsStatus");
+    QTest::addColumn<int>("iptcStatus");
+
+    QTest::newRow("EXIF position") << u"north-east"_s << 1 << 0;
+    QTest::newRow("IPTC place") << u"iptc"_s << 0 << 1;
+    QTest::newRow("XMP only") << u"xmp-only"_s << 0 << 0;
+    QTest::newRow("IPTC and XMP disagree") << u"iptc-xmp-disagree"_s << 0 << 3;
+    QTest::newRow("EXIF and XMP disagree") << u"gps-disagree"_s << 3 << 0;
+    QTest::newRow("EXIF and XMP agree") << u"gps-agree"_s << 1 << 0;
+    QTest::newRow("MP4") << u"mp4"_s << 1 << 0;
+    QTest::newRow("MOV") << u"mov"_s << 1 << 0;
+    QTest::newRow("M4A") << u"m4a"_s << 1 << 0;
+    QTest::newRow("MP3") << u"mp3"_s << 0 << 0;
+    QTest::newRow("PNG") << u"png"_s << 1 << 0;
+    QTest::newRow("empty file") << u"empty"_s << 0 << 0;
+    QTest::newRow("corrupt JPEG") << u"corrupt"_s << 0 << 0;
+    QTest::newRow("folder") << u"folder"_s << 0 << 0;
+}
+
+void tst_ExtractWorker::statusColumns()
+{
+    QFETCH(QString, file);
+    QFETCH(int, gpsStatus);
+    QFETCH(int, iptcStatus);
+    const QString path = m_files.value(file);
+    const QHash<QString, QString> values = genericValues(*m_worker, path);
+    const ExifToolHelper::KeyLookup valueOf = [&](const QString &key) -> std::optional<QString> {
+        if (!values.contains(key))
+            return std::nullopt;
+        return values.value(key);
+    };
+    QCOMPARE(int(ExifToolHelper::decideGPSStatus(QFileInfo(path).suffix(), valueOf).status),
+             gpsStatus);
+    QCOMPARE(int(ExifToolHelper::decideIPTCStatus(valueOf)), iptcStatus);
+}
+
+void tst_ExtractWorker::trackNumbers_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("MP3, ID3 track 3/12") << u"mp3"_s;
+    QTest::newRow("M4A, track 3 of 12") << u"m4a"_s;
+}
+
+void tst_ExtractWorker::trackNumbers()
+{
+    QFETCH(QString, file);
+    ExifToolProcess worker({u"Track"_s, u"TrackNumber"_s}, {}, false);
+    const QHash<QString, QString> values = genericValues(worker, m_files.value(file));
+    QCOMPARE(values.value(u"track"_s), u"3"_s);
+    QCOMPARE(values.value(u"numTrack"_s), u"12"_s);
+    QVERIFY(!values.contains(u"Track"_s));
+    QVERIFY(!values.contains(u"TrackNumber"_s));
+}
+
+void tst_ExtractWorker::badFilesGetCompleteAnswers_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("empty file") << u"empty"_s;
+    QTest::newRow("corrupt JPEG") << u"corrupt"_s;
+    QTest::newRow("folder with an image extension") << u"folder"_s;
+    QTest::newRow("missing file") << u"missing"_s;
+}
+
+void tst_ExtractWorker::badFilesGetCompleteAnswers()
+{
+    QFETCH(QString, file);
+    const std::optional<QString> answer = m_worker->obtainStrippedString(m_files.value(file));
+    QVERIFY(answer);
+    QVERIFY(answer->endsWith(u"{extracted-key}:-<-do-not_use_thisInMetaData-Finished-->"_s));
+    for (const ExtractedTag &tag : ExifToolResponseParser::parse(*answer))
+        QVERIFY2(!tag.key.startsWith(u"GPS"), qPrintable(tag.key));
+    // The worker goes on answering.
+    QCOMPARE(genericValues(*m_worker, m_files.value(u"north-east"_s)).value(u"GPSLatitude#"_s),
+             u"48.8583"_s);
+}
+
+void tst_ExtractWorker::groupedTagsLandAtTheirSource()
+{
+    const QString path
+        = Fixtures::makeJpeg(m_directory.path(), u"dated.jpg"_s,
+                             {u"-DateTimeOriginal=2021:07:04 12:30:15"_s,
+                              u"-SubSecTimeOriginal=25"_s, u"-OffsetTimeOriginal=+02:00"_s});
+    const std::optional<QString> answer = m_worker->obtainStrippedString(path);
+    QVERIFY(answer);
+    const QList<ExtractedTag> tags = ExifToolResponseParser::parse(*answer);
+    QVERIFY(tags.contains(ExtractedTag {MetadataSource::Composite, u"SubSecDateTimeOriginal"_s,
+                                        u"2021:07:04 12:30:15.25+02:00"_s}));
+    QVERIFY(tags.contains(ExtractedTag {MetadataSource::ExifToolGeneric, u"DateTimeOriginal"_s,
+                                        u"2021:07:04 12:30:15"_s}));
+}
+
+void tst_ExtractWorker::usesTheResourceExifTool()
+{
+    // A decoy library on Perl's search path must not be picked up.
+    QTemporaryDir decoy;
+    QVERIFY(QDir(decoy.path()).mkpath(u"Image"_s));
+    Fixtures::makeFile(decoy.path() + u"/Image"_s, u"ExifTool.pm"_s,
+                       "package Image::ExifTool; die \"decoy ExifTool loaded\\n\"; 1;\n");
+    qputenv("PERL5LIB", decoy.path().toUtf8());
+    ExifToolProcess worker({u"ExifToolVersion"_s, u"GeolocationCity"_s}, {u"GPSLatitude#"_s}, true);
+    qunsetenv("PERL5LIB");
+
+    const QHash<QString, QString> values = genericValues(worker, m_files.value(u"section"_s));
+    QCOMPARE(values.value(u"ExifToolVersion"_s), u"13.59"_s);
+    QCOMPARE(values.value(u"GeolocationCity"_s), u"Ala Moana"_s);
+
+    // Without the switch, the geolocation database is not asked.
+    ExifToolProcess plain({u"GeolocationCity"_s}, {u"GPSLatitude#"_s}, false);
+    const QHash<QString, QString> plainValues = genericValues(plain, m_files.value(u"section"_s));
+    QCOMPARE(plainValues.value(u"GPSLatitude#"_s), u"21.292"_s);
+    QVERIFY(!plainValues.contains(u"GeolocationCity"_s));
+}
+
+void tst_ExtractWorker::exitsAtEndOfInput()
+{
+    pid_t pid = -1;
+    {
+        ExifToolProcess worker({u"City"_s}, {}, false);
+        pid = worker.processIdentifier();
+        QVERIFY(worker.obtainStrippedString(m_files.value(u"iptc"_s)));
+    }
+    QVERIFY(TestSupport::waitUntil([&] { return kill(pid, 0) != 0; }));
+}
+
+QTEST_GUILESS_MAIN(tst_ExtractWorker)
+#include "tst_ExtractWorker.moc"

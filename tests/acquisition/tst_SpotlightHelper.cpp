@@ -1,0 +1,272 @@
+#include "acquisition/SpotlightHelper.h"
+#include "acquisition/ValueText.h"
+
+#include "ReaderFixtures.h"
+
+using ReaderFixtures::dateOf;
+using ReaderFixtures::stringOf;
+
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimeZone>
+
+#include <sys/xattr.h>
+
+class tst_SpotlightHelper : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void photoAttributesComeFromExifIptcAndThePixels();
+    void videoAttributesComeFromTheMediaStreams();
+    void audioDurationIsRoundedToOneDecimal();
+    void extendedAttributesGiveWhereFromsAndComment();
+    void numbersFollowTheirRoundingPolicy_data();
+    void numbersFollowTheirRoundingPolicy();
+    void durationsReadAsDaysHoursAndMinutes_data();
+    void durationsReadAsDaysHoursAndMinutes();
+    void missingFilesAndFoldersGiveLittleOrNothing();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void tst_SpotlightHelper::initTestCase()
+{
+    QVERIFY(m_dir.isValid());
+}
+
+void tst_SpotlightHelper::photoAttributesComeFromExifIptcAndThePixels()
+{
+    const QString jpeg = ReaderFixtures::jpegWithMetadata(m_dir.path());
+    QVERIFY(!jpeg.isEmpty());
+    const ExtractedValues values = SpotlightHelper::shared().extract(jpeg);
+
+    QCOMPARE(stringOf(values, "contenttype"), "image/jpeg");
+    QCOMPARE(stringOf(values, "make"), "Canon");
+    QCOMPARE(stringOf(values, "model"), "EOS R5");
+    QCOMPARE(stringOf(values, "lensmodel"), "RF24-105mm F4 L IS USM");
+    QCOMPARE(stringOf(values, "colorspace"), "RGB");
+    QCOMPARE(stringOf(values, "exifversion"), "2.32");
+    QCOMPARE(stringOf(values, "exifgpsversion"), "2.3.0.0");
+    QCOMPARE(stringOf(values, "pixelwidth"), "64");
+    QCOMPARE(stringOf(values, "pixelheight"), "48");
+    QCOMPARE(stringOf(values, "pixelcount"), "3072");
+    QCOMPARE(stringOf(values, "resolutionwidthdpi"), "300");
+    QCOMPARE(stringOf(values, "bitspersample"), "8");
+    QCOMPARE(stringOf(values, "fnumber"), "2.8");
+    QCOMPARE(stringOf(values, "exposuretimeseconds"), "0.008");
+    QCOMPARE(stringOf(values, "isospeed"), "200");
+    QCOMPARE(stringOf(values, "focallength"), "50");
+    QCOMPARE(stringOf(values, "exposureprogram"), "3");
+    // The index keeps signed coordinates and altitudes.
+    QVERIFY(qAbs(stringOf(values, "latitude").toDouble() - 48.8584) < 1e-6);
+    QVERIFY(qAbs(stringOf(values, "longitude").toDouble() + 2.2945) < 1e-6);
+    QCOMPARE(stringOf(values, "altitude"), "35");
+    QCOMPARE(stringOf(values, "gpstrack"), "123.5");
+    QCOMPARE(stringOf(values, "timestamp"), "2024:05:01 10:34:56");
+    QCOMPARE(stringOf(values, "city"), "Paris");
+    QCOMPARE(stringOf(values, "stateorprovince"), "Ile-de-France");
+    QCOMPARE(stringOf(values, "country"), "France");
+    QCOMPARE(stringOf(values, "namedlocation"), "Champ de Mars");
+    QCOMPARE(stringOf(values, "headline"), "Tower at noon");
+    QCOMPARE(stringOf(values, "keywords"), "alpha, beta, gamma");
+    QCOMPARE(stringOf(values, "authors"), "Ana");
+    QCOMPARE(stringOf(values, "copyright"), "(c) Ana");
+    QCOMPARE(stringOf(values, "duration"), "<absent>");
+
+    const QDateTime taken(QDate(2024, 5, 1), QTime(12, 34, 56));
+    QCOMPARE(dateOf(values, "contentcreationdate"), taken);
+    QCOMPARE(SpotlightHelper::shared().getContentCreateDate(jpeg), taken);
+    QCOMPARE(SpotlightHelper::shared().getItemCopyright(jpeg), std::optional<QString>("(c) Ana"));
+    QCOMPARE(dateOf(values, "contentmodificationdate"), QFileInfo(jpeg).lastModified());
+
+    // Tables in order: texts, lists, numbers, dates.
+    const auto position = [&](const char *key) {
+        return std::find_if(values.cbegin(), values.cend(),
+                            [&](const auto &v) { return v.key == QLatin1String(key); })
+            - values.cbegin();
+    };
+    QVERIFY(position("copyright") < position("timestamp"));
+    QVERIFY(position("timestamp") < position("keywords"));
+    QVERIFY(position("authors") < position("pixelheight"));
+    QVERIFY(position("resolutionwidthdpi") < position("contentmodificationdate"));
+}
+
+void tst_SpotlightHelper::videoAttributesComeFromTheMediaStreams()
+{
+    const QString mp4 = ReaderFixtures::mp4WithLocation(m_dir.path());
+    const QString mov = ReaderFixtures::movWithLocation(m_dir.path());
+    QVERIFY(!mp4.isEmpty() && !mov.isEmpty());
+
+    for (const QString &path : {mp4, mov}) {
+        const ExtractedValues values = SpotlightHelper::shared().extract(path);
+        QCOMPARE(stringOf(values, "duration"), "1.5");
+        QCOMPARE(stringOf(values, "human_readable_duration"), "1 second");
+        QCOMPARE(stringOf(values, "pixelwidth"), "160");
+        QCOMPARE(stringOf(values, "pixelheight"), "120");
+        QCOMPARE(stringOf(values, "codecs"), "AVC, AAC");
+        QCOMPARE(stringOf(values, "mediatypes"), "Video, Sound");
+        QCOMPARE(stringOf(values, "title"), "Eiffel clip");
+        QCOMPARE(stringOf(values, "authors"), "Ana");
+        QCOMPARE(stringOf(values, "copyright"), "(c) Ana");
+        QVERIFY(stringOf(values, "totalbitrate").toInt() > 0);
+        QVERIFY(stringOf(values, "videobitrate").toInt() > 0);
+        QVERIFY(stringOf(values, "audiobitrate").toInt() > 0);
+        QCOMPARE(stringOf(values, "latitude"), "48.8584");
+        QCOMPARE(stringOf(values, "longitude"), "2.2945");
+    }
+    QCOMPARE(SpotlightHelper::shared().getContentCreateDate(mp4),
+             QDateTime(QDate(2024, 5, 1), QTime(10, 34, 56), QTimeZone::utc()));
+    QCOMPARE(SpotlightHelper::shared().getItemCopyright(mp4), std::optional<QString>("(c) Ana"));
+}
+
+void tst_SpotlightHelper::audioDurationIsRoundedToOneDecimal()
+{
+    const QString wav = ReaderFixtures::wavWithId3(m_dir.path());
+    const QString flac = ReaderFixtures::flacWithTitle(m_dir.path());
+    QVERIFY(!wav.isEmpty() && !flac.isEmpty());
+
+    const ExtractedValues values = SpotlightHelper::shared().extract(wav);
+    // 1.25 s has two decimals; the tie goes to the even digit.
+    QCOMPARE(stringOf(values, "duration"), "1.2");
+    QCOMPARE(stringOf(values, "human_readable_duration"), "1 second");
+    QCOMPARE(stringOf(values, "bitspersample"), "16");
+    QCOMPARE(stringOf(values, "audiobitrate"), "128000");
+    QCOMPARE(stringOf(values, "codecs"), "PCM");
+    QCOMPARE(stringOf(values, "mediatypes"), "Sound");
+    QCOMPARE(stringOf(values, "pixelwidth"), "<absent>");
+
+    const ExtractedValues flacValues = SpotlightHelper::shared().extract(flac);
+    QCOMPARE(stringOf(flacValues, "codecs"), "FLAC");
+    QCOMPARE(stringOf(flacValues, "title"), "Flac tone");
+    QCOMPARE(stringOf(flacValues, "duration"), "1");
+}
+
+void tst_SpotlightHelper::extendedAttributesGiveWhereFromsAndComment()
+{
+    const QString path = m_dir.filePath("download.bin");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("payload");
+    file.close();
+    const QByteArray name = QFile::encodeName(path);
+    const QByteArray origin = "https://example.org/files/download.bin";
+    const QByteArray referrer = "https://example.org/files/";
+    const QByteArray comment = "from the archive";
+    if (::setxattr(name, "user.xdg.origin.url", origin.constData(), size_t(origin.size()), 0) != 0)
+        QSKIP("this file system keeps no user extended attributes");
+    QCOMPARE(
+        ::setxattr(name, "user.xdg.referrer.url", referrer.constData(), size_t(referrer.size()), 0),
+        0);
+    QCOMPARE(::setxattr(name, "user.xdg.comment", comment.constData(), size_t(comment.size()), 0),
+             0);
+
+    const ExtractedValues values = SpotlightHelper::shared().extract(path);
+    QCOMPARE(stringOf(values, "wherefroms"),
+             "https://example.org/files/download.bin, https://example.org/files/");
+    QCOMPARE(stringOf(values, "comment"), "from the archive");
+    QVERIFY(dateOf(values, "downloadDate").isValid());
+}
+
+void tst_SpotlightHelper::numbersFollowTheirRoundingPolicy_data()
+{
+    QTest::addColumn<QString>("attribute");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("humanReadable");
+
+    QTest::newRow("duration rounded, readable form from the unrounded seconds")
+        << "DurationSeconds" << QVariant(59.96) << "duration"
+        << "60"
+        << "59 seconds";
+    QTest::newRow("duration of hours") << "DurationSeconds" << QVariant(3725.25) << "duration"
+                                       << "3725.2"
+                                       << "1 hour, 2 minutes";
+    QTest::newRow("tie below goes down to the even digit")
+        << "DurationSeconds" << QVariant(0.45) << "duration"
+        << "0.4"
+        << "0 seconds";
+    QTest::newRow("above the tie goes up") << "DurationSeconds" << QVariant(0.4501) << "duration"
+                                           << "0.5"
+                                           << "0 seconds";
+    QTest::newRow("carry into the whole part") << "DurationSeconds" << QVariant(9.96) << "duration"
+                                               << "10"
+                                               << "9 seconds";
+    QTest::newRow("integer pixel height has no fraction")
+        << "PixelHeight" << QVariant(qint64(1080)) << "pixelheight"
+        << "1080"
+        << "<absent>";
+    QTest::newRow("double is not rounded elsewhere") << "FNumber" << QVariant(2.83) << "fnumber"
+                                                     << "2.83"
+                                                     << "<absent>";
+    QTest::newRow("integer duration is stored without a readable form")
+        << "DurationSeconds" << QVariant(qint64(90)) << "duration"
+        << "90"
+        << "<absent>";
+    QTest::newRow("text where a number belongs is skipped")
+        << "Latitude" << QVariant(QStringLiteral("48.1")) << "latitude"
+        << "<absent>"
+        << "<absent>";
+    QTest::newRow("number where text belongs is skipped")
+        << "Title" << QVariant(qint64(12)) << "title"
+        << "<absent>"
+        << "<absent>";
+}
+
+void tst_SpotlightHelper::numbersFollowTheirRoundingPolicy()
+{
+    QFETCH(QString, attribute);
+    QFETCH(QVariant, value);
+    QFETCH(QString, key);
+    QFETCH(QString, expected);
+    QFETCH(QString, humanReadable);
+
+    const ExtractedValues values
+        = SpotlightHelper::shared().valuesFromAttributes({{attribute, value}});
+    QCOMPARE(stringOf(values, key), expected);
+    QCOMPARE(stringOf(values, "human_readable_duration"), humanReadable);
+}
+
+void tst_SpotlightHelper::durationsReadAsDaysHoursAndMinutes_data()
+{
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("nothing") << 0.0 << "0 seconds";
+    QTest::newRow("one second") << 1.9 << "1 second";
+    QTest::newRow("one minute, seconds dropped") << 61.0 << "1 minute";
+    QTest::newRow("one hour") << 3600.0 << "1 hour";
+    QTest::newRow("all three") << 90061.0 << "1 day, 1 hour, 1 minute";
+    QTest::newRow("plurals") << 2 * 86400.0 + 7200 + 180 << "2 days, 2 hours, 3 minutes";
+    QTest::newRow("negative") << -5.0 << "0 seconds";
+}
+
+void tst_SpotlightHelper::durationsReadAsDaysHoursAndMinutes()
+{
+    QFETCH(double, seconds);
+    QFETCH(QString, expected);
+    QCOMPARE(ValueText::formatAsDaysAndHoursAndMinutes(seconds), expected);
+}
+
+void tst_SpotlightHelper::missingFilesAndFoldersGiveLittleOrNothing()
+{
+    const QString missing = m_dir.filePath("no-such-file.jpg");
+    QVERIFY(SpotlightHelper::shared().extract(missing).isEmpty());
+    QCOMPARE(SpotlightHelper::shared().getContentCreateDate(missing), ValueText::distantPast());
+    QCOMPARE(SpotlightHelper::shared().getItemCopyright(missing), std::nullopt);
+
+    // A folder is an item too, with a type and dates only.
+    QDir(m_dir.path()).mkdir("album.jpg");
+    const ExtractedValues values = SpotlightHelper::shared().extract(m_dir.filePath("album.jpg"));
+    QCOMPARE(stringOf(values, "contenttype"), "inode/directory");
+    for (const auto &value : values) {
+        QVERIFY2(value.key == QLatin1String("contenttype")
+                     || value.value.kind() == WrappedMetaDataValue::Kind::DateValue,
+                 qPrintable(value.key));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_SpotlightHelper)
+#include "tst_SpotlightHelper.moc"

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// Real media files for tests, made with the tools the set-up installs: ImageMagick, ffmpeg and
+// the ExifTool among the resources. Each helper returns the new file's path; a tool that fails
+// makes the calling test fail.
+namespace Fixtures {
+
+// The resource ExifTool's command-line script.
+QString exifToolPath();
+
+// Runs program with arguments; true when it exits with status 0. Its output goes to output.
+bool run(const QString &program, const QStringList &arguments, QByteArray *output = nullptr);
+
+// Sets tags with ExifTool arguments such as "-GPSLatitude=48.85" (the file is rewritten).
+bool writeTags(const QString &path, const QStringList &exifToolArguments);
+
+// A small JPEG or PNG, then the given ExifTool arguments.
+QString makeJpeg(const QString &directory, const QString &name,
+                 const QStringList &exifToolArguments = {});
+QString makePng(const QString &directory, const QString &name,
+                const QStringList &exifToolArguments = {});
+
+// A one-second file from ffmpeg with the given output options, such as "-metadata",
+// "location=+48.8583+002.2944/". The extension of name picks the container.
+QString makeVideo(const QString &directory, const QString &name,
+                  const QStringList &ffmpegOptions = {});
+QString makeAudio(const QString &directory, const QString &name,
+                  const QStringList &ffmpegOptions = {});
+
+// A file with exactly the given bytes.
+QString makeFile(const QString &directory, const QString &name, const QByteArray &bytes);
+
+// An executable script: a stand-in for a worker.
+QString makeScript(const QString &directory, const QString &name, const QByteArray &text);
+
+} // namespace Fixtures
