@@ -43,6 +43,17 @@ sub fail
     exit $status;
 }
 
+# File types that hold no IPTC. For them ExifTool may drop a plain IPTC location name without a
+# word (it prefers IPTC), so those names go to their MWG equivalents, which write XMP.
+my %withoutIPTC = map { $_ => 1 } qw(MOV MP4 HEIC HEIF AVIF CR3 CRX RIFF WEBP GIF JXL);
+my %mwgForIPTCName = (
+    'city' => 'MWG:City',
+    'province-state' => 'MWG:State',
+    'sub-location' => 'MWG:Location',
+    'country' => 'MWG:Country',
+    'country-primarylocationname' => 'MWG:Country',
+);
+
 my ($path, $none, @encoded) = @ARGV;
 fail(2, 'Error: usage: set_tag.pl PATH <none> TAG BASE64-VALUE ...') unless defined $none;
 fail(2, 'Error: tags and values must come in pairs') if @encoded % 2;
@@ -54,9 +65,12 @@ $path = Cwd::abs_path($path) if -l $path;
 # leave it alone. A file without any write bit counts as read-only even for root.
 fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;
 
+my $fileType = Image::ExifTool::GetFileType($path) || '';
 my @pairs;
 for (my $i = 0; $i < @encoded; $i += 2) {
-    push @pairs, [ $encoded[$i], decode_base64($encoded[$i + 1]) ];
+    my $tag = $encoded[$i];
+    $tag = $mwgForIPTCName{lc $tag} if $withoutIPTC{$fileType} and $mwgForIPTCName{lc $tag};
+    push @pairs, [ $tag, decode_base64($encoded[$i + 1]) ];
 }
 
 # The MWG tags keep the IPTC and XMP copies of a field in step; once loaded they also take over
@@ -155,11 +169,11 @@ if ($needsUTF8) {
     } @pairs;
     if (!$declaredUTF8 and (@iptcTags or $createsIPTC)) {
         setValue('IPTC:CodedCharacterSet', 'UTF8', Protected => 1);
-        my %written = map { lc(($$_[0] =~ /([^:]+)$/)[0]) => 1 } @pairs;
         my %seen;
         foreach my $tag (@iptcTags) {
             my $name = Image::ExifTool::GetTagName($tag);
-            next if $seen{$name}++ or $written{lc $name} or $name eq 'CodedCharacterSet';
+            # Whatever this write sets, directly or through MWG, keeps its new value.
+            next if $seen{$name}++ or defined $et->GetNewValue("IPTC:$name");
             my @values = map { $info->GetValue($_, 'ValueConv') }
                 grep { Image::ExifTool::GetTagName($_) eq $name } @iptcTags;
             @values = map { ref $_ eq 'ARRAY' ? @$_ : $_ } @values;

@@ -114,6 +114,10 @@ ExifWriteManager &ExifWriteManager::shared()
 bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
                                      std::optional<QString> &errorMessage)
 {
+    if (tagValuePairs.size() % 2 != 0)
+        qFatal("setTagsOfFile: the tag and value list has an odd length (%lld)",
+               static_cast<long long>(tagValuePairs.size()));
+
     const QFileInfo info(path);
     if (info.exists() && info.isDir()) {
         errorMessage = QStringLiteral("Path is a directory");

@@ -21,6 +21,7 @@ public:
     static ExifWriteManager &shared();
 
     // Sets the flat tag, value list on the file. On false, errorMessage holds a short text.
+    // A list of odd length is a programming error and stops the program.
     bool setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
                        std::optional<QString> &errorMessage);
 

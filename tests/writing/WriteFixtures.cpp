@@ -21,7 +21,7 @@ namespace WriteFixtures {
 
 namespace {
 
-const QStringList imageTypes = {u"jpg"_s, u"tif"_s, u"png"_s, u"heic"_s};
+const QStringList imageTypes = {u"jpg"_s, u"tif"_s, u"png"_s, u"heic"_s, u"webp"_s};
 
 // What every image carries before a write; IPTC where the type holds it, in Latin-1 as
 // ExifTool stores it by default, so that a later UTF-8 write must keep it readable.
@@ -35,7 +35,8 @@ QStringList imageMetadata(const QString &extension)
                              u"-XMP-dc:Subject=boats"_s};
     if (extension == u"jpg" || extension == u"tif")
         arguments << u"-IPTC:Keywords=Bäume"_s << u"-IPTC:Keywords=Küste"_s
-                  << u"-IPTC:By-line=Jürgen"_s << u"-IPTC:ObjectName=Hafen"_s;
+                  << u"-IPTC:By-line=Jürgen"_s << u"-IPTC:ObjectName=Hafen"_s
+                  << u"-IPTC:Province-State=Baden-Württemberg"_s;
     return arguments;
 }
 

@@ -25,7 +25,8 @@ CommandResult run(const QString &program, const QStringList &arguments);
 // The bundled ExifTool command, the same library the write worker loads.
 CommandResult exifTool(const QStringList &arguments);
 
-// Makes a small file of the type given by the extension (jpg, tif, png, heic, mp4, mov, m4a,
+// Makes a small file of the type given by the extension (jpg, tif, png, heic, webp, mp4, mov,
+// m4a,
 // mp3, wav, flac, ogg, mkv, avi, aiff), carrying some metadata of its own so that a write has
 // something to keep. Returns an empty text on success, else what went wrong.
 QString makeFixture(const QString &path);

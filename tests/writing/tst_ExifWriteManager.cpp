@@ -263,6 +263,19 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
             << u"heic"_s << pairs << expected << (gpsNames + mwgNames);
     }
 
+    // These types hold no IPTC, where ExifTool would drop a plain IPTC name without a word.
+    const QStringList plainLocation
+        = {u"City"_s,         u"Zürich"_s,   u"Province-State"_s, u"Zürich Kanton"_s,
+           u"Sub-location"_s, u"Altstadt"_s, u"Country"_s,        u"Schweiz"_s};
+    const Expected locationInXmp = {{u"XMP-photoshop:City"_s, u"Zürich"_s},
+                                    {u"XMP-photoshop:State"_s, u"Zürich Kanton"_s},
+                                    {u"XMP-iptcCore:Location"_s, u"Altstadt"_s},
+                                    {u"XMP-photoshop:Country"_s, u"Schweiz"_s}};
+    for (const char *extension : {"heic", "webp"}) {
+        QTest::addRow("%s: plain location names go to XMP", extension)
+            << QString::fromLatin1(extension) << plainLocation << locationInXmp << mwgNames;
+    }
+
     const QStringList quickTimePairs
         = {u"GPSLatitude#"_s, u"-33.512345"_s, u"GPSLongitude#"_s, u"151.200001"_s};
     const auto quickTimeExpected = [](const QString &coordinates) {
@@ -272,6 +285,15 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                          {u"Composite:GPSLatitude"_s, u"-33.512345"_s},
                          {u"Composite:GPSLongitude"_s, u"151.200001"_s}};
     };
+    {
+        // Signed as the editors format them, with a plus sign and padding.
+        const QStringList pairs
+            = {u"GPSLatitude#"_s, u"+48.858400"_s, u"GPSLongitude#"_s, u"+2.294500"_s};
+        const Expected expected = {{u"Keys:GPSCoordinates"_s, u"48.8584 2.2945"_s},
+                                   {u"Composite:GPSLatitude"_s, u"48.8584"_s},
+                                   {u"Composite:GPSLongitude"_s, u"2.2945"_s}};
+        QTest::newRow("mp4: position with plus signs") << u"mp4"_s << pairs << expected << gpsNames;
+    }
     QTest::newRow("mp4: QuickTime position")
         << u"mp4"_s << quickTimePairs << quickTimeExpected(u"-33.512345 151.200001"_s) << gpsNames;
     {
@@ -285,7 +307,7 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
         expected.insert(u"XMP-photoshop:City"_s, u"Zürich"_s);
         QTest::newRow("m4a: QuickTime position and city")
             << u"m4a"_s << (quickTimePairs + QStringList {u"City"_s, u"Zürich"_s}) << expected
-            << (gpsNames + QStringList {u"City"_s});
+            << (gpsNames + mwgNames);
     }
 }
 
@@ -496,12 +518,17 @@ void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched()
         done = true;
     });
 
-    // Kill the worker once its copy of the file has begun and before it can replace the file.
+    // Kill the worker while its copy of the file exists: stopped first, it cannot rename the
+    // copy over the file between the look and the kill.
     bool killed = false;
     while (!done && !killed) {
-        if (QFileInfo::exists(temporary)) {
-            if (const std::optional<pid_t> worker = runningWorker())
-                killed = kill(*worker, SIGKILL) == 0;
+        if (const std::optional<pid_t> worker = runningWorker()) {
+            if (kill(*worker, SIGSTOP) == 0) {
+                if (QFileInfo::exists(temporary))
+                    killed = kill(*worker, SIGKILL) == 0;
+                else
+                    kill(*worker, SIGCONT);
+            }
         }
         std::this_thread::yield();
     }
