@@ -1,8 +1,10 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
+#include "QtClipboardWriter.h"
 #include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
+#include "writing/WriteEngine.h"
 
 #include <QApplication>
 #include <QDir>
@@ -19,6 +21,8 @@ int main(int argc, char *argv[])
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
+    QtClipboardWriter clipboard;
+    ClipboardWriter::install(&clipboard);
 
     DataModel dataModel;
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
@@ -36,7 +40,11 @@ int main(int argc, char *argv[])
         window.openPaths(paths);
 
     const int status = app.exec();
+    // Edits still on their way to the files are written before the program ends.
+    if (WriteEngine::shared().hasPendingWrites())
+        WriteEngine::shared().waitForCompletion();
     dataModel.sourceList.deleteAll();
     AlertPresenter::install(nullptr);
+    ClipboardWriter::install(nullptr);
     return status;
 }
