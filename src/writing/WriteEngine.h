@@ -41,7 +41,8 @@ public:
 
     // Returns at once; the write waits for the debounce delay or for a flush.
     void enqueueWrite(PendingWrite write);
-    // Callable on any thread: drops the debounce and starts what is pending.
+    // Callable on any thread: drops the debounce and starts what is pending. From another thread
+    // it waits for the main thread to stop the timer, so the main thread must not wait for it.
     void flushImmediately();
     void flushPendingWrites();
 
@@ -64,13 +65,13 @@ public:
     static void showErrorSummary(const QList<FailedPath> &failures);
     static void showDetailedErrorList(const QList<FailedPath> &failures);
     static void copyErrorsToClipboard(const QList<FailedPath> &failures);
-    static QString detailedErrorListText(const QList<FailedPath> &failures);
-    static QString clipboardText(const QList<FailedPath> &failures);
-
     static constexpr int maximumListedFailures = 20;
 
 private:
     WriteEngine();
+
+    static QString detailedErrorListText(const QList<FailedPath> &failures);
+    static QString clipboardText(const QList<FailedPath> &failures);
 
     void enqueueOnSerialQueue(PendingWrite write);
     void scheduleFlush();
