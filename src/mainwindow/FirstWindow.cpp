@@ -4,6 +4,7 @@
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 #include "session/StatusLine.h"
+#include "writing/WriteEngine.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -65,7 +66,7 @@ QString FirstWindow::statusText() const
 void FirstWindow::refreshStatus()
 {
     m_status->setText(StatusLine::text(m_engine->createOutputEngineViewModel(),
-                                       WriteEngineViewModel(),
+                                       WriteEngine::shared().createViewModel(),
                                        int(m_dataModel.selectedNodes().size())));
 }
 

@@ -4,6 +4,7 @@
 #include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
+#include "writing/WriteEngine.h"
 
 #include <QApplication>
 #include <QDir>
@@ -39,6 +40,9 @@ int main(int argc, char *argv[])
         window.openPaths(paths);
 
     const int status = app.exec();
+    // Edits still on their way to the files are written before the program ends.
+    if (WriteEngine::shared().hasPendingWrites())
+        WriteEngine::shared().waitForCompletion();
     dataModel.sourceList.deleteAll();
     ClipboardWriter::install(nullptr);
     AlertPresenter::install(nullptr);

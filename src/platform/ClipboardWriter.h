@@ -22,5 +22,7 @@ public:
 
     // Through the installed writer; false when none is installed.
     static bool put(const ClipboardContent &content);
+    // Plain text through the installed writer; without one, the text goes to the log.
+    static void setText(const QString &text);
     static void install(ClipboardWriter *writer);
 };
