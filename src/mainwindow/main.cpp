@@ -3,6 +3,7 @@
 #include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
+#include "writing/ChangeManager.h"
 
 #include <QApplication>
 #include <QDir>
@@ -21,6 +22,7 @@ int main(int argc, char *argv[])
     AlertPresenter::install(&alerts);
 
     DataModel dataModel;
+    ChangeManager::setDataModel(&dataModel);
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
     FirstWindow window(dataModel, engine);
     alerts.setParent(&window);
@@ -37,6 +39,7 @@ int main(int argc, char *argv[])
 
     const int status = app.exec();
     dataModel.sourceList.deleteAll();
+    ChangeManager::setDataModel(nullptr);
     AlertPresenter::install(nullptr);
     return status;
 }

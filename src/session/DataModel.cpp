@@ -1,5 +1,7 @@
 #include "DataModel.h"
 
+#include "location/GPSCoordinateComponent.h"
+
 #include <QCoreApplication>
 
 namespace {
@@ -97,7 +99,14 @@ DataModel::DataModel(UserDefaults &defaults)
     defaults.registerDefaults(
         {{columnList.storageKey,
           QStringList {QStringLiteral("name"), QStringLiteral("absolute_path")}}});
+
+    gpsCoordinateComponent = std::make_unique<GPSCoordinateComponent>(
+        *this, QCoreApplication::translate("DataModel", "GPS Location:"),
+        QCoreApplication::translate("DataModel", "nothing selected"));
+    gpsCoordinateComponent->configureListeners();
 }
+
+DataModel::~DataModel() = default;
 
 DataModelSnapshot DataModel::createSnapshot() const
 {

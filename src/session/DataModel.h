@@ -12,12 +12,15 @@
 
 #include <memory>
 
+class GPSCoordinateComponent;
+
 // The live state of the one session: what the user has set, selected and typed. Persisted
 // settings live in the user defaults; everything else lasts for the run. Main thread only.
 class DataModel
 {
 public:
     explicit DataModel(UserDefaults &defaults = UserDefaults::standard());
+    ~DataModel();
     DataModel(const DataModel &) = delete;
     DataModel &operator=(const DataModel &) = delete;
 
@@ -35,6 +38,9 @@ public:
     // Current coordinate display.
     Straight<QString> _longitudeString, _latitudeString, _coordinateDMS, _coordinateDMM;
     Straight<QString> _latitudeSign, _latitudeRef, _longitudeSign, _longitudeRef;
+
+    // The editors of the selection's location.
+    std::unique_ptr<GPSCoordinateComponent> gpsCoordinateComponent;
 
     // Pinned location display.
     Straight<QString> _pinnedLongitudeString, _pinnedLatitudeString, _pinnedCoordinateDMS,
