@@ -13,6 +13,7 @@
 #include <memory>
 
 class GPSCoordinateComponent;
+class IPTCLocationComponent;
 
 // The live state of the one session: what the user has set, selected and typed. Persisted
 // settings live in the user defaults; everything else lasts for the run. Main thread only.
@@ -41,6 +42,10 @@ public:
 
     // The editors of the selection's location.
     std::unique_ptr<GPSCoordinateComponent> gpsCoordinateComponent;
+    std::unique_ptr<IPTCLocationComponent> sublocationComponent;
+    std::unique_ptr<IPTCLocationComponent> cityComponent;
+    std::unique_ptr<IPTCLocationComponent> regionComponent;
+    std::unique_ptr<IPTCLocationComponent> countryComponent;
 
     // Pinned location display.
     Straight<QString> _pinnedLongitudeString, _pinnedLatitudeString, _pinnedCoordinateDMS,

@@ -3,6 +3,7 @@
 #include "PendingWriteSink.h"
 #include "acquisition/ExifToolHelper.h"
 #include "location/GPSCoordinateComponent.h"
+#include "location/IPTCLocationComponent.h"
 #include "metadata/MetadataStorage.h"
 #include "session/DataModel.h"
 
@@ -94,29 +95,37 @@ void ChangeManager::applyCurrentPinnedGPSToCurrentSelection()
 
 void ChangeManager::applyCurrentPinnedCityToCurrentSelection()
 {
-    applyPinnedField(dataModel()._pinnedLocationCity->value(), u"City"_s);
+    applyPinnedField(dataModel()._pinnedLocationCity->value(), u"City"_s,
+                     *dataModel().cityComponent);
 }
 
 void ChangeManager::applyCurrentPinnedRegionToCurrentSelection()
 {
-    applyPinnedField(dataModel()._pinnedLocationRegion->value(), u"Province-State"_s);
+    applyPinnedField(dataModel()._pinnedLocationRegion->value(), u"Province-State"_s,
+                     *dataModel().regionComponent);
 }
 
 void ChangeManager::applyCurrentPinnedSubLocationToCurrentSelection()
 {
-    applyPinnedField(dataModel()._pinnedSublocationName->value(), u"Sub-location"_s);
+    applyPinnedField(dataModel()._pinnedSublocationName->value(), u"Sub-location"_s,
+                     *dataModel().sublocationComponent);
 }
 
 void ChangeManager::applyCurrentPinnedCountryToCurrentSelection()
 {
-    applyPinnedField(dataModel()._pinnedLocationCountry->value(), u"Country"_s);
+    applyPinnedField(dataModel()._pinnedLocationCountry->value(), u"Country"_s,
+                     *dataModel().countryComponent);
 }
 
-void ChangeManager::applyPinnedField(const QString &pinnedText, const QString &tag)
+void ChangeManager::applyPinnedField(const QString &pinnedText, const QString &tag,
+                                     IPTCLocationComponent &component)
 {
     if (pinnedText.isEmpty())
         return;
-    applyTagsToCurrentSelection({tag, pinnedText}, {});
+    // The editor shows the value at once; the store follows after the write.
+    applyTagsToCurrentSelection({tag, pinnedText}, [&component, pinnedText] {
+        component._currentValueInInterface->setValue(pinnedText);
+    });
 }
 
 void ChangeManager::applyGPSCoordinates(const QString &latitude, const QString &longitude)

@@ -7,6 +7,7 @@
 #include <functional>
 
 class DataModel;
+class IPTCLocationComponent;
 
 // Turns the user's "apply" into tag and value pairs for each selected file and hands them to
 // the write sink. It decides which tags a position or a location field becomes per file type,
@@ -39,7 +40,8 @@ private:
     static void applyGPSCoordinates(const QString &latitude, const QString &longitude);
     static void applyTagsToCurrentSelection(const QStringList &tagValuePairs,
                                             const std::function<void()> &beforeWriting);
-    static void applyPinnedField(const QString &pinnedText, const QString &tag);
+    static void applyPinnedField(const QString &pinnedText, const QString &tag,
+                                 IPTCLocationComponent &component);
     static std::function<void(bool)> reannounceSelectionHandler();
     static bool xmpPresent(const QString &path);
 };
