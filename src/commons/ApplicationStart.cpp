@@ -6,6 +6,7 @@
 #include "acquisition/ImageIOHelper.h"
 #include "acquisition/SpotlightHelper.h"
 #include "metadata/DataCoordinator.h"
+#include "writing/WriteEngine.h"
 
 using namespace Qt::StringLiterals;
 
@@ -39,6 +40,11 @@ void installMetadataReaders()
     coordinator.setReader(MetadataSource::AVKit, std::make_shared<HelperReader<AVKitHelper>>());
     coordinator.setReader(MetadataSource::Spotlight,
                           std::make_shared<HelperReader<SpotlightHelper>>());
+}
+
+void installWritePath()
+{
+    PendingWriteSink::install(&WriteEngine::shared());
 }
 
 } // namespace ApplicationStart

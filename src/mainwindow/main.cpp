@@ -4,6 +4,7 @@
 #include "commons/ApplicationStart.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
+#include "writing/ChangeManager.h"
 #include "writing/WriteEngine.h"
 
 #include <QApplication>
@@ -18,6 +19,7 @@ int main(int argc, char *argv[])
     QApplication::setOrganizationName(QStringLiteral("palomet"));
 
     ApplicationStart::installMetadataReaders();
+    ApplicationStart::installWritePath();
 
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
@@ -25,6 +27,7 @@ int main(int argc, char *argv[])
     ClipboardWriter::install(&clipboard);
 
     DataModel dataModel;
+    ChangeManager::setDataModel(&dataModel);
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
     FirstWindow window(dataModel, engine);
     alerts.setParent(&window);
@@ -45,6 +48,7 @@ int main(int argc, char *argv[])
         WriteEngine::shared().waitForCompletion();
     dataModel.sourceList.deleteAll();
     ClipboardWriter::install(nullptr);
+    ChangeManager::setDataModel(nullptr);
     AlertPresenter::install(nullptr);
     return status;
 }

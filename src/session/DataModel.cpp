@@ -1,5 +1,8 @@
 #include "DataModel.h"
 
+#include "location/GPSCoordinateComponent.h"
+#include "location/IPTCLocationComponent.h"
+
 #include <QCoreApplication>
 
 namespace {
@@ -97,7 +100,34 @@ DataModel::DataModel(UserDefaults &defaults)
     defaults.registerDefaults(
         {{columnList.storageKey,
           QStringList {QStringLiteral("name"), QStringLiteral("absolute_path")}}});
+
+    gpsCoordinateComponent = std::make_unique<GPSCoordinateComponent>(
+        *this, QCoreApplication::translate("DataModel", "GPS Location:"),
+        QCoreApplication::translate("DataModel", "nothing selected"));
+    gpsCoordinateComponent->configureListeners();
+
+    // The sample values show until the first selection has been read.
+    const auto location = [this](const char *label, const QString &key, const QString &proposedKey,
+                                 const QString &sample) {
+        auto component = std::make_unique<IPTCLocationComponent>(
+            *this, QCoreApplication::translate("DataModel", label, "label"), key, proposedKey,
+            sample);
+        component->configureListeners();
+        return component;
+    };
+    sublocationComponent
+        = location("Sub-Location:", QStringLiteral("Sub-location"),
+                   QStringLiteral("computedSublocation"), QStringLiteral("Arc de Triomphe"));
+    cityComponent = location("City:", QStringLiteral("City"), QStringLiteral("computedCity"),
+                             QStringLiteral("Paris"));
+    regionComponent
+        = location("Province:", QStringLiteral("Province-State"),
+                   QStringLiteral("GeolocationRegion"), QString::fromUtf8("Île de France"));
+    countryComponent = location("Country:", QStringLiteral("Country"),
+                                QStringLiteral("GeolocationCountry"), QStringLiteral("France"));
 }
+
+DataModel::~DataModel() = default;
 
 DataModelSnapshot DataModel::createSnapshot() const
 {

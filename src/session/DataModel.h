@@ -12,12 +12,16 @@
 
 #include <memory>
 
+class GPSCoordinateComponent;
+class IPTCLocationComponent;
+
 // The live state of the one session: what the user has set, selected and typed. Persisted
 // settings live in the user defaults; everything else lasts for the run. Main thread only.
 class DataModel
 {
 public:
     explicit DataModel(UserDefaults &defaults = UserDefaults::standard());
+    ~DataModel();
     DataModel(const DataModel &) = delete;
     DataModel &operator=(const DataModel &) = delete;
 
@@ -35,6 +39,13 @@ public:
     // Current coordinate display.
     Straight<QString> _longitudeString, _latitudeString, _coordinateDMS, _coordinateDMM;
     Straight<QString> _latitudeSign, _latitudeRef, _longitudeSign, _longitudeRef;
+
+    // The editors of the selection's location.
+    std::unique_ptr<GPSCoordinateComponent> gpsCoordinateComponent;
+    std::unique_ptr<IPTCLocationComponent> sublocationComponent;
+    std::unique_ptr<IPTCLocationComponent> cityComponent;
+    std::unique_ptr<IPTCLocationComponent> regionComponent;
+    std::unique_ptr<IPTCLocationComponent> countryComponent;
 
     // Pinned location display.
     Straight<QString> _pinnedLongitudeString, _pinnedLatitudeString, _pinnedCoordinateDMS,

@@ -2,6 +2,7 @@
 
 #include "ConsolidatedWrite.h"
 #include "PendingWrite.h"
+#include "PendingWriteSink.h"
 #include "WriteEngineOperationType.h"
 #include "WriteEngineViewModel.h"
 #include "bricks/Variables.h"
@@ -24,7 +25,9 @@ enum class WriteMode : int { immediate = 0, batched = 1 };
 // per file in the order the files first appeared, holds back files that are being re-read, and
 // runs the rest as one background batch at a time. When a batch ends it tells its listeners and
 // reports the batch's failures in one alert. Created on first use and never destroyed.
-class WriteEngine : public std::enable_shared_from_this<WriteEngine>
+class WriteEngine
+    : public PendingWriteSink
+    , public std::enable_shared_from_this<WriteEngine>
 {
 public:
     struct FailedPath
@@ -41,13 +44,14 @@ public:
 
     // Returns at once; the write waits for the debounce delay or for a flush.
     void enqueueWrite(PendingWrite write);
+    void addPendingWrite(PendingWrite write) override { enqueueWrite(std::move(write)); }
     // Callable on any thread: drops the debounce and starts what is pending. From another thread
     // it waits for the main thread to stop the timer, so the main thread must not wait for it.
-    void flushImmediately();
+    void flushImmediately() override;
     void flushPendingWrites();
 
     void recordFailure(const QString &path, const QString &error);
-    void clearErrors();
+    void clearErrors() override;
 
     WriteEngineViewModel createViewModel();
     bool hasPendingWrites();
