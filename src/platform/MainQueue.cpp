@@ -8,9 +8,10 @@ namespace MainQueue {
 
 void post(std::function<void()> block)
 {
+    // Without an application the program is ending, and nobody is left to be told.
     QCoreApplication *app = QCoreApplication::instance();
     if (!app)
-        qFatal("MainQueue::post needs a QCoreApplication");
+        return;
     QMetaObject::invokeMethod(app, std::move(block), Qt::QueuedConnection);
 }
 
