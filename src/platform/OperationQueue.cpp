@@ -18,6 +18,7 @@ struct OperationQueue::Impl
     std::condition_variable idle;
     int width = 1;
     int workers = 0;
+    int idleWorkers = 0;
     std::deque<OperationPtr> waiting;
     std::vector<OperationPtr> running;
     bool stopping = false;

@@ -47,6 +47,7 @@ struct SerialQueue::Impl
     bool busy = false;
     bool stopping = false;
     bool exited = false;
+    bool workerWaiting = false;
     std::condition_variable exitedChanged;
     std::thread::id workerId;
 };
@@ -85,11 +86,15 @@ bool SerialQueue::isCurrent() const
 
 void SerialQueue::async(std::function<void()> block)
 {
+    bool wakeWorker = false;
     {
         std::lock_guard lock(d->mutex);
         d->tasks.push_back(Impl::Task {std::move(block), nullptr});
+        // A busy worker takes the block by itself; waking it costs a context switch.
+        wakeWorker = d->workerWaiting;
     }
-    d->wake.notify_one();
+    if (wakeWorker)
+        d->wake.notify_one();
 }
 
 void SerialQueue::sync(const std::function<void()> &block)
@@ -138,7 +143,9 @@ void SerialQueue::Impl::workerLoop()
 {
     std::unique_lock lock(mutex);
     for (;;) {
+        workerWaiting = true;
         wake.wait(lock, [&] { return stopping || (!busy && !tasks.empty()); });
+        workerWaiting = false;
         if (tasks.empty() && stopping) {
             exited = true;
             exitedChanged.notify_all();
