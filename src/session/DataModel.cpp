@@ -95,7 +95,6 @@ DataModel::DataModel(UserDefaults &defaults)
           [](const UserDefaultsVariable<int> &mode, const StraightVariable<bool> &waiting) {
               return waiting.value() ? previewTabWait : mode.value() + 1;
           }))
-    , defaults(defaults)
 {
     defaults.registerDefaults(
         {{columnList.storageKey,

@@ -109,7 +109,4 @@ public:
     DataModelSnapshot createSnapshot() const;
 
     static constexpr int previewTabWait = 0;
-
-private:
-    UserDefaults &defaults;
 };

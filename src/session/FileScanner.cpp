@@ -1,5 +1,6 @@
 #include "FileScanner.h"
 
+#include "StringHelpers.h"
 #include "platform/FileAttributes.h"
 
 #include <QFile>
@@ -16,15 +17,6 @@ QString joinPath(const QString &folder, const QString &component)
     if (folder.endsWith(QLatin1Char('/')))
         return folder + component;
     return folder + QLatin1Char('/') + component;
-}
-
-QString lastComponent(const QString &path)
-{
-    QString trimmed = path;
-    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
-        trimmed.chop(1);
-    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
-    return slash < 0 || trimmed == QLatin1String("/") ? trimmed : trimmed.mid(slash + 1);
 }
 
 // Follows links, as an existence test with a directory flag does.
@@ -115,12 +107,14 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
 
 void FileScanner::createOneFile(const QString &path, const QString &relativePath)
 {
-    flatFileList.files.append(FileNode::create(lastComponent(path), path, relativePath));
+    flatFileList.files.append(
+        FileNode::create(StringHelpers::lastPathComponent(path), path, relativePath));
     ++currentTotalItemsScanned;
 }
 
 void FileScanner::createOneFolder(const QString &path, const QString &relativePath)
 {
-    flatFileList.files.append(FolderNode::create(lastComponent(path), path, relativePath));
+    flatFileList.files.append(
+        FolderNode::create(StringHelpers::lastPathComponent(path), path, relativePath));
     ++currentTotalItemsScanned;
 }

@@ -10,33 +10,8 @@
 #include "platform/MainQueue.h"
 
 #include <QLocale>
-#include <QTimeZone>
 
 namespace {
-
-QString lastPathComponent(const QString &path)
-{
-    QString trimmed = path;
-    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
-        trimmed.chop(1);
-    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
-    if (slash < 0 || trimmed == QLatin1String("/"))
-        return trimmed;
-    return trimmed.mid(slash + 1);
-}
-
-QString deletingLastPathComponent(const QString &path)
-{
-    QString trimmed = path;
-    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
-        trimmed.chop(1);
-    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
-    if (slash < 0)
-        return QString();
-    if (slash == 0)
-        return trimmed.size() > 1 ? QStringLiteral("/") : QString();
-    return trimmed.left(slash);
-}
 
 QString deletingPathExtension(const QString &name)
 {
@@ -52,13 +27,8 @@ QString upToFirstPeriod(const QString &name)
 
 QString parentFolderName(const QString &absolutePath)
 {
-    const QString folder = deletingLastPathComponent(absolutePath);
-    return folder.isEmpty() ? QString() : lastPathComponent(folder);
-}
-
-QString byteCountText(qint64 bytes)
-{
-    return ByteCountFormatter::stringFromByteCount(bytes);
+    const QString folder = StringHelpers::deletingLastPathComponent(absolutePath);
+    return folder.isEmpty() ? QString() : StringHelpers::lastPathComponent(folder);
 }
 
 const QString retrievedKey = QStringLiteral("retrieved");
@@ -96,7 +66,7 @@ Node::Node(const QString &name, const QString &absolutePath, const QString &rela
     , fileName(deletingPathExtension(name))
     , fileNameUpToFirstPeriod(upToFirstPeriod(name))
     , parent(parentFolderName(absolutePath))
-    , absoluteParentPath(deletingLastPathComponent(absolutePath))
+    , absoluteParentPath(StringHelpers::deletingLastPathComponent(absolutePath))
     , relativePath(relativePath)
 { }
 
@@ -219,7 +189,8 @@ DisplayStringWrapper Node::getDisplayString(const QString &key) const
         return DisplayStringWrapper::present(value.boolValue() ? QStringLiteral("true")
                                                                : QStringLiteral("false"));
     case WrappedMetaDataValue::Kind::NSInteger:
-        return DisplayStringWrapper::present(byteCountText(value.integerValue()));
+        return DisplayStringWrapper::present(
+            ByteCountFormatter::stringFromByteCount(value.integerValue()));
     case WrappedMetaDataValue::Kind::None:
         break;
     }
@@ -265,7 +236,7 @@ QString Node::getStringValueSync(const QString &key) const
     case WrappedMetaDataValue::Kind::BoolValue:
         return value.boolValue() ? QStringLiteral("true") : QStringLiteral("false");
     case WrappedMetaDataValue::Kind::NSInteger:
-        return byteCountText(value.integerValue());
+        return ByteCountFormatter::stringFromByteCount(value.integerValue());
     case WrappedMetaDataValue::Kind::None:
         break;
     }

@@ -70,14 +70,14 @@ void OutputEngine::setFlatFileList(FlatFileListPtr list)
 std::optional<QString> OutputEngine::currentOutputString() const
 {
     std::optional<QString> result;
-    const_cast<SerialQueue &>(serialQueue).sync([&] { result = m_currentOutputString; });
+    serialQueue.sync([&] { result = m_currentOutputString; });
     return result;
 }
 
 std::optional<int> OutputEngine::currentFileCount() const
 {
     std::optional<int> result;
-    const_cast<SerialQueue &>(serialQueue).sync([&] { result = m_currentFileCount; });
+    serialQueue.sync([&] { result = m_currentFileCount; });
     return result;
 }
 

@@ -74,7 +74,7 @@ private:
 
     DataModel *m_dataModel;
     std::vector<std::unique_ptr<KVOResponder>> kvoResponders;
-    SerialQueue serialQueue;
+    mutable SerialQueue serialQueue;
     OperationQueue operationQueue;
     QHash<int, std::shared_ptr<OutputFormatType>> outputFormats;
     std::vector<std::weak_ptr<PreviewTableUpdating>> previewTables; // main thread only

@@ -68,4 +68,28 @@ QString asCommaSeparatedString(const QStringList &list)
     return list.join(QLatin1String(", "));
 }
 
+QString lastPathComponent(const QString &path)
+{
+    QString trimmed = path;
+    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
+        trimmed.chop(1);
+    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0 || trimmed == QLatin1String("/"))
+        return trimmed;
+    return trimmed.mid(slash + 1);
+}
+
+QString deletingLastPathComponent(const QString &path)
+{
+    QString trimmed = path;
+    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
+        trimmed.chop(1);
+    const qsizetype slash = trimmed.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return QString();
+    if (slash == 0)
+        return trimmed.size() > 1 ? QStringLiteral("/") : QString();
+    return trimmed.left(slash);
+}
+
 } // namespace StringHelpers

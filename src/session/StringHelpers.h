@@ -14,4 +14,9 @@ QString withEncodedLineBreaksAndTabs(const QString &text);
 
 QString asCommaSeparatedString(const QStringList &list);
 
+// Path pieces as the file system names them, trailing slashes ignored; "/" is its own last
+// component, and the folder of "/a" is "/".
+QString lastPathComponent(const QString &path);
+QString deletingLastPathComponent(const QString &path);
+
 } // namespace StringHelpers
