@@ -1,3 +1,4 @@
+#include "RecordingDoubles.h"
 #include "commons/ApplicationStart.h"
 #include "location/GPSCoordinateComponent.h"
 #include "metadata/MetadataStorage.h"
@@ -22,17 +23,6 @@ class CountingBeeper : public Beeper
 public:
     void makeBeep() override { ++beeps; }
     int beeps = 0;
-};
-
-class RecordingClipboard : public ClipboardWriter
-{
-public:
-    bool write(const ClipboardContent &content) override
-    {
-        texts << content.plainText;
-        return true;
-    }
-    QStringList texts;
 };
 
 class RecordingPinWorkflow : public PinWorkflow

@@ -1,4 +1,5 @@
 #include "OutputFixture.h"
+#include "RecordingDoubles.h"
 #include "output/CSVOutputFormat.h"
 #include "output/CopyToExcelFormat.h"
 #include "output/CopyToHTMLEditorOutputFormat.h"
@@ -17,17 +18,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class RecordingClipboard : public ClipboardWriter
-{
-public:
-    bool write(const ClipboardContent &content) override
-    {
-        written.append(content);
-        return true;
-    }
-    QList<ClipboardContent> written;
-};
 
 QByteArray contents(const QString &path)
 {

@@ -1,23 +1,11 @@
 #include "session/DataModel.h"
 
+#include "RecordingDoubles.h"
 #include "TestSupport.h"
 #include "platform/AlertPresenter.h"
 
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-class RecordingPresenter : public AlertPresenter
-{
-public:
-    int present(const Alert &alert) override
-    {
-        shown << alert;
-        return 0;
-    }
-    QList<Alert> shown;
-};
-} // namespace
 
 class tst_DataModel : public QObject
 {
@@ -120,7 +108,7 @@ void tst_DataModel::sourceListRefusesListedPathsAndTheirContents()
     model.waitingForData->setValue(false);
 
     model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/other/file.jpg")}, true);
-    QVERIFY(presenter.shown.isEmpty());
+    QVERIFY(presenter.alerts.isEmpty());
     QVERIFY(model.waitingForData->value());
     // A folder twice, and a file inside a listed folder, are refused; the rest is added.
     model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/photos/2020/a.jpg"),
@@ -129,12 +117,12 @@ void tst_DataModel::sourceListRefusesListedPathsAndTheirContents()
     QCOMPARE(model.sourceList.value(),
              (QStringList {QStringLiteral("/photos"), QStringLiteral("/other/file.jpg"),
                            QStringLiteral("/other"), QStringLiteral("/photosbook")}));
-    QCOMPARE(presenter.shown.size(), 1);
-    QCOMPARE(presenter.shown.first().title, QStringLiteral("Some files could not be added."));
-    QCOMPARE(presenter.shown.first().buttons, QStringList {QStringLiteral("OK")});
+    QCOMPARE(presenter.alerts.size(), 1);
+    QCOMPARE(presenter.alerts.first().title, QStringLiteral("Some files could not be added."));
+    QCOMPARE(presenter.alerts.first().buttons, QStringList {QStringLiteral("OK")});
     // Not interactive: refused silently.
     model.sourceList.add({QStringLiteral("/photos")}, false);
-    QCOMPARE(presenter.shown.size(), 1);
+    QCOMPARE(presenter.alerts.size(), 1);
     AlertPresenter::install(nullptr);
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "platform/AlertPresenter.h"
-#include "platform/ClipboardWriter.h"
+#include "RecordingDoubles.h"
 
 #include <QFile>
 #include <QList>
@@ -12,29 +11,8 @@
 // a fixture for each case.
 namespace WriteTestDoubles {
 
-// Records each alert and answers the button given for it in turn (the first, by default).
-class RecordingPresenter : public AlertPresenter
-{
-public:
-    int present(const Alert &alert) override
-    {
-        alerts.append(alert);
-        return answers.value(alerts.size() - 1, 0);
-    }
-    QList<Alert> alerts;
-    QList<int> answers;
-};
-
-class RecordingClipboard : public ClipboardWriter
-{
-public:
-    bool write(const ClipboardContent &content) override
-    {
-        texts.append(content.plainText);
-        return true;
-    }
-    QStringList texts;
-};
+using ::RecordingClipboard;
+using ::RecordingPresenter;
 
 // Replaces target with a copy of source; a failed copy ends the test run.
 inline QString freshCopy(const QString &source, const QString &target)
