@@ -157,21 +157,53 @@ bool MetadataStorage::boolValueExistsAndIsTrue(const QString &fullPath, const QS
                     });
 }
 
+namespace {
+
+WrappedMetaDataValue wrappedValue(const PathMetadataContainer &container, quint32 keyId,
+                                  MetadataSource source)
+{
+    if (const QString *value = container.stringValues.find(keyId, source))
+        return WrappedMetaDataValue::string(*value);
+    if (const quint8 *flag = container.boolValues.find(keyId, source))
+        return WrappedMetaDataValue::boolean(*flag != 0);
+    if (const QDateTime *date = container.dateValues.find(keyId, source))
+        return WrappedMetaDataValue::date(*date);
+    if (const qint64 *number = container.integerValues.find(keyId, source))
+        return WrappedMetaDataValue::integer(*number);
+    return WrappedMetaDataValue();
+}
+
+} // namespace
+
 WrappedMetaDataValue MetadataStorage::getWrappedValue(const QString &fullPath, const QString &key,
                                                       MetadataSource source)
 {
     return readPath(fullPath, key, WrappedMetaDataValue(),
                     [source](const PathMetadataContainer &container, quint32 keyId,
                              WrappedMetaDataValue &result) {
-                        if (const QString *value = container.stringValues.find(keyId, source))
-                            result = WrappedMetaDataValue::string(*value);
-                        else if (const quint8 *flag = container.boolValues.find(keyId, source))
-                            result = WrappedMetaDataValue::boolean(*flag != 0);
-                        else if (const QDateTime *date = container.dateValues.find(keyId, source))
-                            result = WrappedMetaDataValue::date(*date);
-                        else if (const qint64 *number = container.integerValues.find(keyId, source))
-                            result = WrappedMetaDataValue::integer(*number);
+                        result = wrappedValue(container, keyId, source);
                     });
+}
+
+std::optional<WrappedMetaDataValue> MetadataStorage::getWrappedValueIfRead(const QString &fullPath,
+                                                                           const QString &key,
+                                                                           const QString &readKey,
+                                                                           MetadataSource source)
+{
+    std::optional<WrappedMetaDataValue> result;
+    auto block = [&] {
+        const auto container = m_metadataForPath.constFind(fullPath);
+        if (container == m_metadataForPath.cend())
+            return;
+        const std::optional<quint32> readKeyId = keyIdForReading(readKey);
+        const quint8 *read = readKeyId ? container->boolValues.find(*readKeyId, source) : nullptr;
+        if (!read || *read == 0)
+            return;
+        const std::optional<quint32> keyId = keyIdForReading(key);
+        result = keyId ? wrappedValue(*container, *keyId, source) : WrappedMetaDataValue();
+    };
+    m_serialQueue.sync(std::ref(block));
+    return result;
 }
 
 std::optional<QString> MetadataStorage::getPreferredStringValue(const QString &fullPath,

@@ -53,6 +53,12 @@ public:
     // Strings first, then booleans, dates and integers: the first type that has the key wins.
     WrappedMetaDataValue getWrappedValue(const QString &fullPath, const QString &key,
                                          MetadataSource source);
+    // The value as getWrappedValue gives it, but only once the source has been read, that is
+    // once its readKey is stored as true; one lookup where a view would otherwise make two.
+    std::optional<WrappedMetaDataValue> getWrappedValueIfRead(const QString &fullPath,
+                                                              const QString &key,
+                                                              const QString &readKey,
+                                                              MetadataSource source);
     // The string of the first source in preferredSourceOrder that has one.
     std::optional<QString> getPreferredStringValue(const QString &fullPath, const QString &key);
     // In no particular order; empty for an unknown path.

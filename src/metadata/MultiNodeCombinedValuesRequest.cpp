@@ -40,7 +40,8 @@ void MultiNodeCombinedValuesRequest::start()
             node->addDataObserver(shared_from_this(), key);
         }
     }
-    if (someWaiting || anyNodeWaiting())
+    // Only this thread turns a value back into waiting, so a second pass would find the same.
+    if (someWaiting)
         return;
     if (readyClosure)
         readyClosure();

@@ -4,6 +4,7 @@
 #include "location/IPTCLocationComponent.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 
 namespace {
 
@@ -150,4 +151,70 @@ DataModelSnapshot DataModel::createSnapshot() const
     snapshot.sourceList = sourceList.value();
     snapshot.columnList = columnList.value();
     return snapshot;
+}
+
+std::optional<Pin> DataModel::currentPin() const
+{
+    const QList<Pin> &pins = _pins->ref();
+    const int index = currentPinIndex();
+    if (index < 0 || index >= pins.size())
+        return std::nullopt;
+    return pins.at(index);
+}
+
+void DataModel::selectNextPin()
+{
+    const qsizetype count = _pins->ref().size();
+    if (count == 0)
+        return;
+    setCurrentPinIndex(int((currentPinIndex() + 1) % count));
+    updateCurrentPinDisplay();
+}
+
+void DataModel::selectPreviousPin()
+{
+    const qsizetype count = _pins->ref().size();
+    if (count == 0)
+        return;
+    const int index = currentPinIndex();
+    setCurrentPinIndex(index <= 0 ? int(count - 1) : index - 1);
+    updateCurrentPinDisplay();
+}
+
+void DataModel::deleteCurrentPin()
+{
+    QList<Pin> pins = _pins->value();
+    const int index = currentPinIndex();
+    if (index < 0 || index >= pins.size())
+        return;
+    pins.removeAt(index);
+    _pins->setValue(pins);
+    setHasPins(!pins.isEmpty());
+    if (pins.isEmpty())
+        setCurrentPinIndex(-1);
+    else if (index >= pins.size())
+        setCurrentPinIndex(int(pins.size() - 1));
+    updateCurrentPinDisplay();
+}
+
+void DataModel::updateCurrentPinDisplay()
+{
+    const std::optional<Pin> pin = currentPin();
+    if (!pin) {
+        _currentPinName->setValue(QStringLiteral("No Pin"));
+        for (const auto &variable :
+             {_pinnedLatitudeString, _pinnedLongitudeString, _pinnedSublocationName,
+              _pinnedLocationCity, _pinnedLocationRegion, _pinnedLocationCountry})
+            variable->setValue(QString());
+        return;
+    }
+    _currentPinName->setValue(pin->name);
+    _pinnedLatitudeString->setValue(
+        QString::number(pin->latitude, 'g', QLocale::FloatingPointShortest));
+    _pinnedLongitudeString->setValue(
+        QString::number(pin->longitude, 'g', QLocale::FloatingPointShortest));
+    _pinnedSublocationName->setValue(pin->sublocation);
+    _pinnedLocationCity->setValue(pin->city);
+    _pinnedLocationRegion->setValue(pin->region);
+    _pinnedLocationCountry->setValue(pin->country);
 }

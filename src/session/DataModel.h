@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class GPSCoordinateComponent;
 class IPTCLocationComponent;
@@ -104,6 +105,19 @@ public:
     void setFirstSortMode(SortMode mode) { _firstSortMode->setValue(mode); }
     SortMode secondSortMode() const { return _secondSortMode->value(); }
     void setSecondSortMode(SortMode mode) { _secondSortMode->setValue(mode); }
+    int currentPinIndex() const { return _currentPinIndex->value(); }
+    void setCurrentPinIndex(int index) { _currentPinIndex->setValue(index); }
+    bool hasPins() const { return _hasPins->value(); }
+    void setHasPins(bool hasPins) { _hasPins->setValue(hasPins); }
+
+    // The pins wrap around at both ends; none of these does anything without pins.
+    void selectNextPin();
+    void selectPreviousPin();
+    // The next pin takes the deleted one's place, or the previous one at the end.
+    void deleteCurrentPin();
+    // Shows the current pin's stored values in the pinned variables, or clears them.
+    void updateCurrentPinDisplay();
+    std::optional<Pin> currentPin() const;
 
     // Reads every setting at this moment, on the calling thread.
     DataModelSnapshot createSnapshot() const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHashFunctions>
 #include <QString>
 
 // What a view shows for one value: the text, "still being read", or "the file has none".
@@ -37,3 +38,8 @@ private:
     Kind m_kind;
     QString m_text;
 };
+
+inline size_t qHash(const DisplayStringWrapper &wrapper, size_t seed = 0)
+{
+    return qHashMulti(seed, int(wrapper.kind()), wrapper.text());
+}

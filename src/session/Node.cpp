@@ -170,13 +170,14 @@ DisplayStringWrapper Node::getDisplayString(const QString &key) const
     const std::optional<MetadataSource> source = sourceForKey(key);
     if (!source)
         return DisplayStringWrapper::notPresent();
-    if (!sourceHasBeenRead(*source)) {
+    const std::optional<WrappedMetaDataValue> stored
+        = MetadataStorage::shared().getWrappedValueIfRead(absolutePath, key, retrievedKey, *source);
+    if (!stored) {
         DataCoordinator::shared().retrieveDataAsynchronously(
             std::const_pointer_cast<Node>(shared_from_this()), *source);
         return DisplayStringWrapper::waiting();
     }
-    const WrappedMetaDataValue value
-        = MetadataStorage::shared().getWrappedValue(absolutePath, key, *source);
+    const WrappedMetaDataValue &value = *stored;
     if (key == QLatin1String("GPSDataAvailable"))
         return gpsAvailabilityText(value);
     switch (value.kind()) {
