@@ -77,9 +77,16 @@ my @requestTags = (
 
 my $geolocation = ($ENV{EXIFTOOL_ENABLE_GEOLOCATION} // '') eq '1';
 
-# One ExifTool object for the worker's whole life; its options stay as set here.
+# Tag names as ExifTool matches them, without group or case.
+my %requestedNames = map { lc(s/^.*://r) => 1 } @requestTags;
+
+# One ExifTool object for the worker's whole life; its options stay as set here. The tags are
+# requested once, as an option, rather than with every file: ExifTool then neither parses the
+# list nor matches it against every found tag per file. Duplicates keeps every copy of a tag, so
+# that the legacy and XMP copies of a field can be told apart.
 my $exifTool = Image::ExifTool->new;
 $exifTool->Options(
+    RequestTags     => \@requestTags,
     Duplicates      => 1,
     Charset         => $ENV{EXIFTOOL_CHARSET} || 'UTF8',
     CharsetFileName => $ENV{EXIFTOOL_CHARSET_FILENAME} || 'UTF8',
@@ -93,33 +100,48 @@ sub copyNumber
     return $key =~ /\((\d+)\)$/ ? $1 : 0;
 }
 
-# The found tags of one file, indexed by tag name: each entry holds the tag key and its family 0
-# and family 1 groups ("EXIF" and "GPS", "XMP" and "XMP-photoshop", ...).
+# The found copies of the requested tag names in one file, indexed by tag name: each entry
+# holds the tag key and its family 0 and family 1 groups ("EXIF" and "GPS", "XMP" and
+# "XMP-photoshop", ...). One pass over the found tags; other names are of no interest.
 sub indexFoundTags
 {
-    my ($info) = @_;
     my %byName;
-    for my $key (keys %$info) {
+    # The geolocation feature asks ExifTool for a few tags in the middle of the extraction,
+    # which leaves its short list behind as the found tags; forget it to list them all.
+    delete $$exifTool{FOUND_TAGS};
+    for my $key ($exifTool->GetFoundTags) {
         my $name = Image::ExifTool::GetTagName($key);
+        next unless $requestedNames{ lc $name };
         push @{ $byName{$name} }, {
-            key       => $key,
-            group0    => $exifTool->GetGroup($key, 0),
-            group1    => $exifTool->GetGroup($key, 1),
+            key    => $key,
+            group0 => $exifTool->GetGroup($key, 0),
+            group1 => $exifTool->GetGroup($key, 1),
         };
     }
     # The preferred copy first, then the others in the order ExifTool found them.
     for my $list (values %byName) {
-        @$list = sort { copyNumber($$a{key}) <=> copyNumber($$b{key}) } @$list;
+        @$list = sort { copyNumber($$a{key}) <=> copyNumber($$b{key}) } @$list if @$list > 1;
     }
     return \%byName;
 }
 
-# The first found copy of a tag whose groups pass the test, or undef.
+# A copy's value, converted once per file and kind; undef when ExifTool has none.
+sub convertedValue
+{
+    my ($entry, $raw) = @_;
+    my $kind = $raw ? 'ValueConv' : 'PrintConv';
+    $$entry{$kind} = [ scalar $exifTool->GetValue($$entry{key}, $kind) ] unless $$entry{$kind};
+    return $$entry{$kind}[0];
+}
+
+# The first found copy of a tag whose groups pass the test, or undef. A copy without a printed
+# value counts as not found, as ExifTool leaves it out of its own answers.
 sub findTag
 {
     my ($found, $name, $groupTest) = @_;
     for my $entry (@{ $$found{$name} || [] }) {
-        return $entry if !$groupTest || $groupTest->($entry);
+        next if $groupTest && !$groupTest->($entry);
+        return $entry if defined convertedValue($entry, 0);
     }
     return undef;
 }
@@ -129,7 +151,7 @@ sub valueText
 {
     my ($entry, $raw) = @_;
     return undef unless $entry;
-    my $value = $exifTool->GetValue($$entry{key}, $raw ? 'ValueConv' : 'PrintConv');
+    my $value = convertedValue($entry, $raw);
     return undef unless defined $value;
     $value = join(', ', grep { defined && !ref } @$value) if ref $value eq 'ARRAY';
     return undef if ref $value;
@@ -254,7 +276,10 @@ sub extraValues
             || abs($legacyPosition[1] - $xmpLongitude) > $GPS_TOLERANCE;
     }
 
-    my $xmpPresent = $$found{XMP} || grep { $$_[0]{group0} eq 'XMP' } values %$found;
+    my $xmpPresent = findTag($found, 'XMP') || grep {
+        my $preferred = findTag($found, $_);
+        $preferred && $$preferred{group0} eq 'XMP'
+    } keys %$found;
     $values{XMPPresent} = '1' if $xmpPresent;
     return \%values;
 }
@@ -274,8 +299,8 @@ sub answerLine
 sub describe
 {
     my ($path) = @_;
-    my $info = $exifTool->ImageInfo($path, @requestTags);
-    my $found = indexFoundTags($info);
+    $exifTool->ExtractInfo($path);
+    my $found = indexFoundTags();
     my $quickTime = isQuickTimeFamily($path);
     my $legacy = legacyValues($found, $quickTime);
     my $extra = extraValues($found, $legacy, $quickTime);

@@ -104,9 +104,13 @@ void tst_ExifToolInformation::statusesOfRealFiles()
     m_markers.paths.clear();
 
     const NodePtr node = FileNode::create(name, path, QString());
-    // The read scheduled by the node's creation answers in the background.
+    // The read scheduled by the node's creation answers in the background, and stores the IPTC
+    // status after the GPS one.
     QVERIFY(TestSupport::waitUntil(
-        [&] { return node->getDisplayString(QStringLiteral("GPSDataAvailable")).isPresent(); },
+        [&] {
+            return node->getDisplayString(QStringLiteral("GPSDataAvailable")).isPresent()
+                && node->getDisplayString(QStringLiteral("IPTCDataComplete")).isPresent();
+        },
         20000));
     QTEST(node->getDisplayString(QStringLiteral("GPSDataAvailable")).text(), "gpsText");
     QTEST(int(node->getIntValueSync(QStringLiteral("IPTCDataComplete"))), "iptcStatus");

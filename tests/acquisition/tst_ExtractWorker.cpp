@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <memory>
 
@@ -34,6 +35,7 @@ private slots:
     void badFilesGetCompleteAnswers_data();
     void badFilesGetCompleteAnswers();
     void groupedTagsLandAtTheirSource();
+    void answersDoNotDependOnEarlierFiles();
     void usesTheResourceExifTool();
     void exitsAtEndOfInput();
 
@@ -327,6 +329,28 @@ void tst_ExtractWorker::groupedTagsLandAtTheirSource()
                                         u"2021:07:04 12:30:15.25+02:00"_s}));
     QVERIFY(tags.contains(ExtractedTag {MetadataSource::ExifToolGeneric, u"DateTimeOriginal"_s,
                                         u"2021:07:04 12:30:15"_s}));
+}
+
+void tst_ExtractWorker::answersDoNotDependOnEarlierFiles()
+{
+    // One ExifTool object serves every request: nothing of one file may linger into the next.
+    // The worker that has served the other tests reads the files in one order, a fresh one in
+    // the other, and each file must get the same answer from both.
+    QStringList names = m_files.keys();
+    names.sort();
+    QHash<QString, QString> answers;
+    for (const QString &name : names) {
+        const std::optional<QString> answer = m_worker->obtainStrippedString(m_files.value(name));
+        QVERIFY(answer);
+        answers.insert(name, *answer);
+    }
+    QVERIFY(answers.value(u"north-east"_s).contains(u"{extracted-key}:GPSLatitude#\n"_s));
+
+    ExifToolProcess fresh(applicationWhiteList(), ExifToolHelper::sharedInstance().rawWhiteList(),
+                          true);
+    std::reverse(names.begin(), names.end());
+    for (const QString &name : names)
+        QCOMPARE(fresh.obtainStrippedString(m_files.value(name)), answers.value(name));
 }
 
 void tst_ExtractWorker::usesTheResourceExifTool()
