@@ -54,49 +54,30 @@ static QString madeOrEmpty(bool ok, const QString &path)
     return ok && QFile::exists(path) ? path : QString();
 }
 
+// Tool arguments written as one text, separated by '|', since some hold blanks.
+static QStringList words(const char *text)
+{
+    return QString::fromUtf8(text).split(QLatin1Char('|'));
+}
+
 QString jpegWithMetadata(const QString &dir, const QString &name)
 {
     const QString path = QDir(dir).filePath(name);
-    const bool ok = run(QStringLiteral("convert"),
-                        {QStringLiteral("-size"), QStringLiteral("64x48"),
-                         QStringLiteral("xc:skyblue"), QStringLiteral("-strip"), path})
-        && exiftool({QStringLiteral("-Make=Canon"),
-                     QStringLiteral("-Model=EOS R5"),
-                     QStringLiteral("-LensModel=RF24-105mm F4 L IS USM"),
-                     QStringLiteral("-DateTimeOriginal=2024:05:01 12:34:56"),
-                     QStringLiteral("-ExposureTime=1/125"),
-                     QStringLiteral("-FNumber=2.8"),
-                     QStringLiteral("-ISO=200"),
-                     QStringLiteral("-FocalLength=50"),
-                     QStringLiteral("-ExposureProgram#=3"),
-                     QStringLiteral("-ExifVersion=0232"),
-                     QStringLiteral("-XResolution=300"),
-                     QStringLiteral("-YResolution=300"),
-                     QStringLiteral("-ResolutionUnit=inches"),
-                     QStringLiteral("-UserComment=Taken from the tower"),
-                     QStringLiteral("-GPSVersionID=2.3.0.0"),
-                     QStringLiteral("-GPSLatitude=48.8584"),
-                     QStringLiteral("-GPSLatitudeRef=N"),
-                     QStringLiteral("-GPSLongitude=2.2945"),
-                     QStringLiteral("-GPSLongitudeRef=W"),
-                     QStringLiteral("-GPSAltitude=35"),
-                     QStringLiteral("-GPSAltitudeRef=0"),
-                     QStringLiteral("-GPSTimeStamp=10:34:56"),
-                     QStringLiteral("-GPSDateStamp=2024:05:01"),
-                     QStringLiteral("-GPSTrack=123.5"),
-                     QStringLiteral("-Keywords=alpha"),
-                     QStringLiteral("-Keywords=beta"),
-                     QStringLiteral("-Keywords=gamma"),
-                     QStringLiteral("-City=Paris"),
-                     QStringLiteral("-Province-State=Ile-de-France"),
-                     QStringLiteral("-Country-PrimaryLocationName=France"),
-                     QStringLiteral("-Sub-location=Champ de Mars"),
-                     QStringLiteral("-Headline=Tower at noon"),
-                     QStringLiteral("-By-line=Ana"),
-                     QStringLiteral("-CopyrightNotice=(c) Ana"),
-                     QStringLiteral("-DateCreated=2024:05:01"),
-                     QStringLiteral("-TimeCreated=12:34:56+02:00"),
-                     path});
+    const bool ok = run(QStringLiteral("convert"), words("-size|64x48|xc:skyblue|-strip") << path)
+        && exiftool(words("-Make=Canon|-Model=EOS R5|-LensModel=RF24-105mm F4 L IS USM|"
+                          "-DateTimeOriginal=2024:05:01 12:34:56|-ExposureTime=1/125|-FNumber=2.8|"
+                          "-ISO=200|-FocalLength=50|-ExposureProgram#=3|-ExifVersion=0232|"
+                          "-XResolution=300|-YResolution=300|-ResolutionUnit=inches|"
+                          "-UserComment=Taken from the tower|-GPSVersionID=2.3.0.0|"
+                          "-GPSLatitude=48.8584|-GPSLatitudeRef=N|-GPSLongitude=2.2945|"
+                          "-GPSLongitudeRef=W|-GPSAltitude=35|-GPSAltitudeRef=0|"
+                          "-GPSTimeStamp=10:34:56|-GPSDateStamp=2024:05:01|-GPSTrack=123.5|"
+                          "-Keywords=alpha|-Keywords=beta|-Keywords=gamma|-City=Paris|"
+                          "-Province-State=Ile-de-France|-Country-PrimaryLocationName=France|"
+                          "-Sub-location=Champ de Mars|-Headline=Tower at noon|-By-line=Ana|"
+                          "-CopyrightNotice=(c) Ana|-DateCreated=2024:05:01|"
+                          "-TimeCreated=12:34:56+02:00")
+                    << path);
     return madeOrEmpty(ok, path);
 }
 
@@ -104,40 +85,28 @@ QString pngWithAlpha(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("alpha.png"));
     const bool ok = run(QStringLiteral("convert"),
-                        {QStringLiteral("-size"), QStringLiteral("32x16"),
-                         QStringLiteral("xc:rgba(255,0,0,0.5)"), QStringLiteral("-units"),
-                         QStringLiteral("PixelsPerInch"), QStringLiteral("-density"),
-                         QStringLiteral("150"), QStringLiteral("PNG32:") + path});
+                        words("-size|32x16|xc:rgba(255,0,0,0.5)|-units|PixelsPerInch|-density|150")
+                            << QStringLiteral("PNG32:") + path);
     return madeOrEmpty(ok, path);
 }
 
 QString tiffWithCamera(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("scan.tif"));
-    const bool ok = run(QStringLiteral("convert"),
-                        {QStringLiteral("-size"), QStringLiteral("40x30"),
-                         QStringLiteral("gradient:red-blue"), QStringLiteral("-depth"),
-                         QStringLiteral("16"), path})
-        && exiftool({QStringLiteral("-Make=Nikon"), QStringLiteral("-Model=Coolscan"), path});
+    const bool ok
+        = run(QStringLiteral("convert"), words("-size|40x30|gradient:red-blue|-depth|16") << path)
+        && exiftool(words("-Make=Nikon|-Model=Coolscan") << path);
     return madeOrEmpty(ok, path);
 }
 
 static QStringList clipArguments()
 {
-    return {QStringLiteral("-f"),        QStringLiteral("lavfi"),
-            QStringLiteral("-i"),        QStringLiteral("testsrc=size=160x120:rate=10"),
-            QStringLiteral("-f"),        QStringLiteral("lavfi"),
-            QStringLiteral("-i"),        QStringLiteral("sine=frequency=440:sample_rate=44100"),
-            QStringLiteral("-t"),        QStringLiteral("1.5"),
-            QStringLiteral("-c:v"),      QStringLiteral("libx264"),
-            QStringLiteral("-pix_fmt"),  QStringLiteral("yuv420p"),
-            QStringLiteral("-c:a"),      QStringLiteral("aac"),
-            QStringLiteral("-metadata"), QStringLiteral("title=Eiffel clip"),
-            QStringLiteral("-metadata"), QStringLiteral("artist=Ana"),
-            QStringLiteral("-metadata"), QStringLiteral("copyright=(c) Ana"),
-            QStringLiteral("-metadata"), QStringLiteral("comment=a comment"),
-            QStringLiteral("-metadata"), QStringLiteral("location=+48.8584+002.2945/"),
-            QStringLiteral("-metadata"), QStringLiteral("creation_time=2024-05-01T10:34:56Z")};
+    return words("-f|lavfi|-i|testsrc=size=160x120:rate=10|-f|lavfi|"
+                 "-i|sine=frequency=440:sample_rate=44100|-t|1.5|-c:v|libx264|-pix_fmt|yuv420p|"
+                 "-c:a|aac|-metadata|title=Eiffel clip|-metadata|artist=Ana|"
+                 "-metadata|copyright=(c) Ana|-metadata|comment=a comment|"
+                 "-metadata|location=+48.8584+002.2945/|"
+                 "-metadata|creation_time=2024-05-01T10:34:56Z");
 }
 
 QString mp4WithLocation(const QString &dir, const QString &name)
@@ -149,22 +118,17 @@ QString mp4WithLocation(const QString &dir, const QString &name)
 QString movWithLocation(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("clip.mov"));
-    return madeOrEmpty(ffmpeg(clipArguments() << QStringLiteral("-metadata")
-                                              << QStringLiteral("date=2023-07-14") << path),
-                       path);
+    return madeOrEmpty(ffmpeg(clipArguments() + words("-metadata|date=2023-07-14") << path), path);
 }
 
 QString m4aWithLyrics(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("song.m4a"));
-    return madeOrEmpty(
-        ffmpeg({QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                QStringLiteral("sine=frequency=330:sample_rate=44100"), QStringLiteral("-t"),
-                QStringLiteral("2"), QStringLiteral("-c:a"), QStringLiteral("aac"),
-                QStringLiteral("-metadata"), QStringLiteral("title=Evening"),
-                QStringLiteral("-metadata"), QStringLiteral("album=Seasons"),
-                QStringLiteral("-metadata"), QStringLiteral("lyrics=sun goes down"), path}),
-        path);
+    return madeOrEmpty(ffmpeg(words("-f|lavfi|-i|sine=frequency=330:sample_rate=44100|-t|2|-c:a|"
+                                    "aac|-metadata|title=Evening|-metadata|album=Seasons|"
+                                    "-metadata|lyrics=sun goes down")
+                              << path),
+                       path);
 }
 
 static TagLib::String text(const char *utf8)
@@ -175,10 +139,9 @@ static TagLib::String text(const char *utf8)
 QString mp3WithId3(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("song.mp3"));
-    if (!ffmpeg({QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                 QStringLiteral("sine=frequency=440:sample_rate=44100"), QStringLiteral("-t"),
-                 QStringLiteral("1"), QStringLiteral("-c:a"), QStringLiteral("libmp3lame"),
-                 QStringLiteral("-write_id3v2"), QStringLiteral("0"), path}))
+    if (!ffmpeg(words("-f|lavfi|-i|sine=frequency=440:sample_rate=44100|-t|1|-c:a|libmp3lame|"
+                      "-write_id3v2|0")
+                << path))
         return {};
     TagLib::MPEG::File file(QFile::encodeName(path).constData());
     TagLib::ID3v2::Tag *tag = file.ID3v2Tag(true);
@@ -210,10 +173,8 @@ QString mp3WithId3(const QString &dir)
 QString wavWithId3(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("tone.wav"));
-    if (!ffmpeg({QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                 QStringLiteral("sine=frequency=440:sample_rate=8000"), QStringLiteral("-t"),
-                 QStringLiteral("1.25"), QStringLiteral("-c:a"), QStringLiteral("pcm_s16le"),
-                 path}))
+    if (!ffmpeg(words("-f|lavfi|-i|sine=frequency=440:sample_rate=8000|-t|1.25|-c:a|pcm_s16le")
+                << path))
         return {};
     TagLib::RIFF::WAV::File file(QFile::encodeName(path).constData());
     file.ID3v2Tag()->setAlbum(text("Field Recordings"));
@@ -223,12 +184,10 @@ QString wavWithId3(const QString &dir)
 QString flacWithTitle(const QString &dir)
 {
     const QString path = QDir(dir).filePath(QStringLiteral("tone.flac"));
-    return madeOrEmpty(
-        ffmpeg({QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                QStringLiteral("sine=frequency=440:sample_rate=44100"), QStringLiteral("-t"),
-                QStringLiteral("1"), QStringLiteral("-c:a"), QStringLiteral("flac"),
-                QStringLiteral("-metadata"), QStringLiteral("title=Flac tone"), path}),
-        path);
+    return madeOrEmpty(ffmpeg(words("-f|lavfi|-i|sine=frequency=440:sample_rate=44100|-t|1|-c:a|"
+                                    "flac|-metadata|title=Flac tone")
+                              << path),
+                       path);
 }
 
 QByteArray iccProfile(const QString &description)
@@ -269,6 +228,19 @@ QString stringOf(const ExtractedValues &values, const QString &key)
                 : QStringLiteral("<not text>");
     }
     return QStringLiteral("<absent>");
+}
+
+QString mismatches(const ExtractedValues &values, const char *expected)
+{
+    QStringList found;
+    for (const QString &pair : words(expected)) {
+        const QString key = pair.section(QLatin1Char('='), 0, 0);
+        const QString text = pair.section(QLatin1Char('='), 1);
+        const QString actual = stringOf(values, key);
+        if (actual != text)
+            found << QStringLiteral("%1: %2 instead of %3").arg(key, actual, text);
+    }
+    return found.join(QStringLiteral("; "));
 }
 
 QDateTime dateOf(const ExtractedValues &values, const QString &key)

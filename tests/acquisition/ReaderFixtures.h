@@ -43,6 +43,9 @@ QByteArray iccProfile(const QString &description);
 
 // The text stored under a key, "<absent>" or "<not text>".
 QString stringOf(const ExtractedValues &values, const QString &key);
+// The "key=text" pairs, separated by '|', that the values do not hold, each as
+// "key: actual instead of expected" and joined by "; "; empty when all hold.
+QString mismatches(const ExtractedValues &values, const char *expected);
 // The date stored under a key, or an invalid date.
 QDateTime dateOf(const ExtractedValues &values, const QString &key);
 

@@ -6,6 +6,7 @@
 #include <QTest>
 #include <QTimeZone>
 
+using ReaderFixtures::mismatches;
 using ReaderFixtures::stringOf;
 
 class tst_AVKitHelper : public QObject
@@ -44,11 +45,10 @@ void tst_AVKitHelper::videoGivesCommonKeysAndMarksAContainerDate()
     QVERIFY(!mp4.isEmpty());
     const ExtractedValues values = AVKitHelper::shared().extract(mp4);
 
-    QCOMPARE(stringOf(values, "av_title"), "Eiffel clip");
-    QCOMPARE(stringOf(values, "av_artist"), "Ana");
-    QCOMPARE(stringOf(values, "av_copyrights"), "(c) Ana");
-    QCOMPARE(stringOf(values, "av_description"), "a comment");
-    QCOMPARE(stringOf(values, "av_location"), "+48.8584+002.2945/");
+    QCOMPARE(mismatches(values,
+                        "av_title=Eiffel clip|av_artist=Ana|av_copyrights=(c) Ana|"
+                        "av_description=a comment|av_location=+48.8584+002.2945/"),
+             QString());
     QVERIFY(stringOf(values, "av_software").startsWith("Lavf"));
     // The container's creation time is a date, not text, so it comes in the marked form.
     QCOMPARE(stringOf(values, "av_creation_date"), "date value!2024-05-01 10:34:56 +0000");
@@ -72,9 +72,8 @@ void tst_AVKitHelper::audioLyricsAreStoredUnderTheirOwnKey()
     const QString m4a = ReaderFixtures::m4aWithLyrics(m_dir.path());
     QVERIFY(!m4a.isEmpty());
     const ExtractedValues values = AVKitHelper::shared().extract(m4a);
-    QCOMPARE(stringOf(values, "av_title"), "Evening");
-    QCOMPARE(stringOf(values, "av_album"), "Seasons");
-    QCOMPARE(stringOf(values, "av_lyrics"), "sun goes down");
+    QCOMPARE(mismatches(values, "av_title=Evening|av_album=Seasons|av_lyrics=sun goes down"),
+             QString());
     QCOMPARE(values.last().key, "av_lyrics");
 }
 
@@ -84,15 +83,12 @@ void tst_AVKitHelper::id3FramesAreStoredByTheirIdentifiers()
     const QString printed = ReaderFixtures::captureStandardError(
         [&] { values = AVKitHelper::shared().extract(m_mp3); });
 
-    QCOMPARE(stringOf(values, "id3_album_title"), "Record");
-    QCOMPARE(stringOf(values, "id3_copyright"), "2024 Ana");
-    QCOMPARE(stringOf(values, "id3_band"), "The Band");
-    QCOMPARE(stringOf(values, "id3_comments"), "nice tune");
-    QCOMPARE(stringOf(values, "id3_user_text"), "calm");
-    // The common keys of the same file, and the lyrics frame.
-    QCOMPARE(stringOf(values, "av_title"), "Song");
-    QCOMPARE(stringOf(values, "av_album"), "Record");
-    QCOMPARE(stringOf(values, "av_lyrics"), "la la la");
+    // With the common keys of the same file, and the lyrics frame.
+    QCOMPARE(mismatches(values,
+                        "id3_album_title=Record|id3_copyright=2024 Ana|id3_band=The Band|"
+                        "id3_comments=nice tune|id3_user_text=calm|av_title=Song|"
+                        "av_album=Record|av_lyrics=la la la"),
+             QString());
 
     // Frames outside the table are only reported.
     const QStringList lines = printed.split('\n', Qt::SkipEmptyParts);
@@ -118,7 +114,6 @@ void tst_AVKitHelper::extensionsOutsideTheListStoreNothing()
     const QString renamed = m_dir.filePath("tone-as.mp4");
     QVERIFY(QFile::copy(flac, renamed));
     QCOMPARE(stringOf(AVKitHelper::shared().extract(renamed), "av_title"), "Flac tone");
-    QCOMPARE(AVKitHelper::shared().supportedFileExtensions.size(), 31);
 }
 
 void tst_AVKitHelper::photoWithAListedExtensionGoesThroughTheSamePath()

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 class RecordingMarkers : public MediaFileMarkers
 {
@@ -47,49 +49,33 @@ void tst_ExifToolInformation::statusesOfRealFiles_data()
     QTest::addColumn<QString>("gpsText");
     QTest::addColumn<int>("iptcStatus");
     QTest::addColumn<bool>("marker");
-    const QStringList fullGps {
-        QStringLiteral("-GPSLatitude=48.8584"), QStringLiteral("-GPSLatitudeRef=N"),
-        QStringLiteral("-GPSLongitude=2.2945"), QStringLiteral("-GPSLongitudeRef=E")};
-    QTest::newRow("nothing") << QStringLiteral("jpg") << QStringList() << QStringLiteral("none")
-                             << 0 << false;
-    QTest::newRow("complete GPS") << QStringLiteral("jpg") << fullGps << QStringLiteral("complete")
-                                  << 0 << true;
-    QTest::newRow("latitude only")
-        << QStringLiteral("jpg")
-        << QStringList {QStringLiteral("-GPSLatitude=10"), QStringLiteral("-GPSLatitudeRef=S")}
-        << QStringLiteral("incomplete") << 0 << false;
+    const QStringList fullGps {u"-GPSLatitude=48.8584"_s, u"-GPSLatitudeRef=N"_s,
+                               u"-GPSLongitude=2.2945"_s, u"-GPSLongitudeRef=E"_s};
+    QTest::newRow("nothing") << u"jpg"_s << QStringList() << u"none"_s << 0 << false;
+    QTest::newRow("complete GPS") << u"jpg"_s << fullGps << u"complete"_s << 0 << true;
     // A complete position keeps its marker even when the XMP copy disagrees.
     QTest::newRow("EXIF and XMP disagree")
-        << QStringLiteral("jpg")
-        << (fullGps
-            + QStringList {QStringLiteral("-XMP:GPSLatitude=40.0"),
-                           QStringLiteral("-XMP:GPSLongitude=3.0")})
-        << QStringLiteral("divergent") << 0 << true;
+        << u"jpg"_s
+        << (fullGps + QStringList {u"-XMP:GPSLatitude=40.0"_s, u"-XMP:GPSLongitude=3.0"_s})
+        << u"divergent"_s << 0 << true;
     QTest::newRow("IPTC complete")
-        << QStringLiteral("jpg")
-        << QStringList {QStringLiteral("-IPTC:City=Zürich"),
-                        QStringLiteral("-IPTC:Province-State=ZH"),
-                        QStringLiteral("-IPTC:Country-PrimaryLocationName=Switzerland")}
-        << QStringLiteral("none") << 1 << false;
-    QTest::newRow("IPTC incomplete")
-        << QStringLiteral("jpg") << QStringList {QStringLiteral("-IPTC:City=Basel")}
-        << QStringLiteral("none") << 2 << false;
+        << u"jpg"_s
+        << QStringList {u"-IPTC:City=Zürich"_s, u"-IPTC:Province-State=ZH"_s,
+                        u"-IPTC:Country-PrimaryLocationName=Switzerland"_s}
+        << u"none"_s << 1 << false;
     QTest::newRow("IPTC and XMP city disagree")
-        << QStringLiteral("jpg")
-        << QStringList {QStringLiteral("-IPTC:City=Basel"),
-                        QStringLiteral("-XMP-photoshop:City=Bern")}
-        << QStringLiteral("none") << 3 << false;
+        << u"jpg"_s << QStringList {u"-IPTC:City=Basel"_s, u"-XMP-photoshop:City=Bern"_s}
+        << u"none"_s << 3 << false;
     QTest::newRow("movie with a position")
-        << QStringLiteral("mp4")
-        << QStringList {QStringLiteral("-Keys:GPSCoordinates=48.8584, 2.2945, 0")}
-        << QStringLiteral("complete") << 0 << true;
+        << u"mp4"_s << QStringList {u"-Keys:GPSCoordinates=48.8584, 2.2945, 0"_s} << u"complete"_s
+        << 0 << true;
 }
 
 void tst_ExifToolInformation::statusesOfRealFiles()
 {
     QFETCH(QString, kind);
     QFETCH(QStringList, arguments);
-    const QString name = QStringLiteral("%1.%2").arg(
+    const QString name = u"%1.%2"_s.arg(
         QString::fromLatin1(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('_')),
         kind);
     QString path;
@@ -108,12 +94,12 @@ void tst_ExifToolInformation::statusesOfRealFiles()
     // status after the GPS one.
     QVERIFY(TestSupport::waitUntil(
         [&] {
-            return node->getDisplayString(QStringLiteral("GPSDataAvailable")).isPresent()
-                && node->getDisplayString(QStringLiteral("IPTCDataComplete")).isPresent();
+            return node->getDisplayString(u"GPSDataAvailable"_s).isPresent()
+                && node->getDisplayString(u"IPTCDataComplete"_s).isPresent();
         },
         20000));
-    QTEST(node->getDisplayString(QStringLiteral("GPSDataAvailable")).text(), "gpsText");
-    QTEST(int(node->getIntValueSync(QStringLiteral("IPTCDataComplete"))), "iptcStatus");
+    QTEST(node->getDisplayString(u"GPSDataAvailable"_s).text(), "gpsText");
+    QTEST(int(node->getIntValueSync(u"IPTCDataComplete"_s)), "iptcStatus");
     QFETCH(bool, marker);
     QCOMPARE(m_markers.paths.contains(name), marker);
 }

@@ -7,7 +7,6 @@
 #include "TestSupport.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QHash>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,8 +27,6 @@ private slots:
     void initTestCase();
     void keys_data();
     void keys();
-    void statusColumns_data();
-    void statusColumns();
     void trackNumbers_data();
     void trackNumbers();
     void badFilesGetCompleteAnswers_data();
@@ -55,6 +52,12 @@ QStringList applicationWhiteList()
     return ExifToolHelper::sharedInstance().whiteList()
         + QStringList {u"GeolocationCity"_s, u"GeolocationCountry"_s, u"GeolocationRegion"_s,
                        u"GeolocationSubregion"_s, u"GeolocationFeatureCode"_s};
+}
+
+// "Key=value" expectations written as one text, separated by '|'.
+QStringList expect(const char *text)
+{
+    return QString::fromUtf8(text).split(u'|');
 }
 
 const QStringList northEast = {u"-GPSLatitude=48.8583"_s, u"-GPSLatitudeRef=N"_s,
@@ -142,81 +145,54 @@ void tst_ExtractWorker::keys_data()
     // "Key=value" must be there with that value, "!Key" must be absent.
     QTest::addColumn<QStringList>("expected");
 
-    QTest::newRow("EXIF north and east") << u"north-east"_s
-                                         << QStringList {u"GPSLatitude#=48.8583"_s,
-                                                         u"GPSLongitude#=2.2944"_s,
-                                                         u"GPSLatitudeRef=North"_s,
-                                                         u"GPSLongitudeRef=East"_s,
-                                                         u"GPSAltitude#=35"_s,
-                                                         u"GPSAltitudeRef=Above Sea Level"_s,
-                                                         u"GPSLatitude=48 deg 51' 29.88\""_s,
-                                                         u"GeolocationCountry=France"_s,
-                                                         u"!XMPPresent"_s,
-                                                         u"!GPSDivergent"_s,
-                                                         u"!XMPGPSLatitude#"_s};
+    QTest::newRow("EXIF north and east")
+        << u"north-east"_s
+        << expect("GPSLatitude#=48.8583|GPSLongitude#=2.2944|GPSLatitudeRef=North|"
+                  "GPSLongitudeRef=East|GPSAltitude#=35|GPSAltitudeRef=Above Sea Level|"
+                  "GPSLatitude=48 deg 51' 29.88\"|GeolocationCountry=France|!XMPPresent|"
+                  "!GPSDivergent|!XMPGPSLatitude#");
     QTest::newRow("EXIF south and west, unsigned with references")
         << u"south-west"_s
-        << QStringList {u"GPSLatitude#=33.8688"_s, u"GPSLongitude#=70.6693"_s,
-                        u"GPSLatitudeRef=South"_s, u"GPSLongitudeRef=West"_s,
-                        u"GeolocationCountry=Chile"_s};
-    QTest::newRow("IPTC fields") << u"iptc"_s << QStringList {u"City=Lyon"_s,
-                                                              u"Province-State=Rhône"_s,
-                                                              u"Sub-location=Vieux Lyon"_s,
-                                                              u"Country=France"_s,
-                                                              u"!XMPCity"_s,
-                                                              u"!XMPPresent"_s,
-                                                              u"!CityDivergent"_s,
-                                                              u"!GPSLatitude#"_s};
-    QTest::newRow("XMP only") << u"xmp-only"_s
-                              << QStringList {u"XMPCity=Nice"_s,
-                                              u"XMPState=Provence"_s,
-                                              u"XMPCountry=France"_s,
-                                              u"XMPLocation=Le Port"_s,
-                                              u"XMPGPSLatitude#=-43.7"_s,
-                                              u"XMPGPSLongitude#=-7.26"_s,
-                                              u"XMPPresent=1"_s,
-                                              u"!City"_s,
-                                              u"!Country"_s,
-                                              u"!GPSLatitude#"_s,
-                                              u"!GPSLatitudeRef"_s,
-                                              u"!GPSDivergent"_s,
-                                              u"!CityDivergent"_s};
+        << expect("GPSLatitude#=33.8688|GPSLongitude#=70.6693|GPSLatitudeRef=South|"
+                  "GPSLongitudeRef=West|GeolocationCountry=Chile");
+    QTest::newRow("IPTC fields")
+        << u"iptc"_s
+        << expect("City=Lyon|Province-State=Rhône|Sub-location=Vieux Lyon|Country=France|"
+                  "!XMPCity|!XMPPresent|!CityDivergent|!GPSLatitude#");
+    QTest::newRow("XMP only")
+        << u"xmp-only"_s
+        << expect("XMPCity=Nice|XMPState=Provence|XMPCountry=France|XMPLocation=Le Port|"
+                  "XMPGPSLatitude#=-43.7|XMPGPSLongitude#=-7.26|XMPPresent=1|!City|"
+                  "!Country|!GPSLatitude#|!GPSLatitudeRef|!GPSDivergent|!CityDivergent");
     QTest::newRow("IPTC and XMP disagree")
         << u"iptc-xmp-disagree"_s
-        << QStringList {u"City=Lyon"_s,       u"XMPCity=Lille"_s,      u"CityDivergent=1"_s,
-                        u"!StateDivergent"_s, u"CountryDivergent=1"_s, u"SublocationDivergent=1"_s,
-                        u"XMPPresent=1"_s};
+        << expect("City=Lyon|XMPCity=Lille|CityDivergent=1|!StateDivergent|"
+                  "CountryDivergent=1|SublocationDivergent=1|XMPPresent=1");
     QTest::newRow("EXIF and XMP positions disagree")
         << u"gps-disagree"_s
-        << QStringList {u"GPSLatitude#=48.8583"_s, u"XMPGPSLongitude#=2.3"_s, u"GPSDivergent=1"_s,
-                        u"XMPPresent=1"_s};
+        << expect("GPSLatitude#=48.8583|XMPGPSLongitude#=2.3|GPSDivergent=1|XMPPresent=1");
     QTest::newRow("EXIF and XMP agree once the references sign the position")
-        << u"gps-agree"_s
-        << QStringList {u"GPSLatitude#=33.8688"_s, u"XMPGPSLatitude#=-33.8688"_s,
-                        u"!GPSDivergent"_s};
+        << u"gps-agree"_s << expect("GPSLatitude#=33.8688|XMPGPSLatitude#=-33.8688|!GPSDivergent");
     QTest::newRow("MP4, UserData location, signed")
         << u"mp4"_s
-        << QStringList {u"GPSLatitude#=-33.8688"_s, u"GPSLongitude#=-70.6693"_s,
-                        u"!GPSLatitudeRef"_s, u"!GPSLongitudeRef"_s, u"GeolocationCountry=Chile"_s};
+        << expect("GPSLatitude#=-33.8688|GPSLongitude#=-70.6693|!GPSLatitudeRef|"
+                  "!GPSLongitudeRef|GeolocationCountry=Chile");
     QTest::newRow("MOV, Keys location with altitude")
         << u"mov"_s
-        << QStringList {u"GPSLatitude#=48.8583"_s, u"GPSLongitude#=2.2944"_s, u"GPSAltitude#=35"_s,
-                        u"!GPSLatitudeRef"_s};
+        << expect("GPSLatitude#=48.8583|GPSLongitude#=2.2944|GPSAltitude#=35|"
+                  "!GPSLatitudeRef");
     QTest::newRow("M4A, ItemList location")
-        << u"m4a"_s << QStringList {u"GPSLatitude#=18.0138"_s, u"GPSLongitude#=-76.7519"_s};
-    QTest::newRow("MP3 without position") << u"mp3"_s << QStringList {u"!GPSLatitude#"_s};
+        << u"m4a"_s << expect("GPSLatitude#=18.0138|GPSLongitude#=-76.7519");
+    QTest::newRow("MP3 without position") << u"mp3"_s << expect("!GPSLatitude#");
     QTest::newRow("PNG with EXIF")
-        << u"png"_s << QStringList {u"GPSLatitude#=48.8583"_s, u"GPSLatitudeRef=North"_s};
+        << u"png"_s << expect("GPSLatitude#=48.8583|GPSLatitudeRef=North");
     QTest::newRow("name in several scripts")
-        << u"scripts"_s << QStringList {u"GPSLatitude#=48.8583"_s, u"GPSLongitudeRef=East"_s};
+        << u"scripts"_s << expect("GPSLatitude#=48.8583|GPSLongitudeRef=East");
     QTest::newRow("section of a populated place")
         << u"section"_s
-        << QStringList {u"GeolocationCity=Ala Moana"_s,
-                        u"GeolocationFeatureCode=PPLX"_s,
-                        u"GeolocationSubregion=Honolulu County"_s,
-                        u"GeolocationRegion=Hawaii"_s,
-                        u"computedCity=Honolulu"_s,
-                        u"computedSublocation=Ala Moana"_s};
+        << expect("GeolocationCity=Ala Moana|GeolocationFeatureCode=PPLX|"
+                  "GeolocationSubregion=Honolulu County|GeolocationRegion=Hawaii|"
+                  "computedCity=Honolulu|computedSublocation=Ala Moana");
 }
 
 void tst_ExtractWorker::keys()
@@ -235,45 +211,6 @@ void tst_ExtractWorker::keys()
         QVERIFY2(values.contains(key), qPrintable(key + u" is missing"_s));
         QCOMPARE(values.value(key), value);
     }
-}
-
-void tst_ExtractWorker::statusColumns_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<int>("gpsStatus");
-    QTest::addColumn<int>("iptcStatus");
-
-    QTest::newRow("EXIF position") << u"north-east"_s << 1 << 0;
-    QTest::newRow("IPTC place") << u"iptc"_s << 0 << 1;
-    QTest::newRow("XMP only") << u"xmp-only"_s << 0 << 0;
-    QTest::newRow("IPTC and XMP disagree") << u"iptc-xmp-disagree"_s << 0 << 3;
-    QTest::newRow("EXIF and XMP disagree") << u"gps-disagree"_s << 3 << 0;
-    QTest::newRow("EXIF and XMP agree") << u"gps-agree"_s << 1 << 0;
-    QTest::newRow("MP4") << u"mp4"_s << 1 << 0;
-    QTest::newRow("MOV") << u"mov"_s << 1 << 0;
-    QTest::newRow("M4A") << u"m4a"_s << 1 << 0;
-    QTest::newRow("MP3") << u"mp3"_s << 0 << 0;
-    QTest::newRow("PNG") << u"png"_s << 1 << 0;
-    QTest::newRow("empty file") << u"empty"_s << 0 << 0;
-    QTest::newRow("corrupt JPEG") << u"corrupt"_s << 0 << 0;
-    QTest::newRow("folder") << u"folder"_s << 0 << 0;
-}
-
-void tst_ExtractWorker::statusColumns()
-{
-    QFETCH(QString, file);
-    QFETCH(int, gpsStatus);
-    QFETCH(int, iptcStatus);
-    const QString path = m_files.value(file);
-    const QHash<QString, QString> values = genericValues(*m_worker, path);
-    const ExifToolHelper::KeyLookup valueOf = [&](const QString &key) -> std::optional<QString> {
-        if (!values.contains(key))
-            return std::nullopt;
-        return values.value(key);
-    };
-    QCOMPARE(int(ExifToolHelper::decideGPSStatus(QFileInfo(path).suffix(), valueOf).status),
-             gpsStatus);
-    QCOMPARE(int(ExifToolHelper::decideIPTCStatus(valueOf)), iptcStatus);
 }
 
 void tst_ExtractWorker::trackNumbers_data()

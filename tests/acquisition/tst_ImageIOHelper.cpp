@@ -2,6 +2,7 @@
 
 #include "ReaderFixtures.h"
 
+using ReaderFixtures::mismatches;
 using ReaderFixtures::stringOf;
 
 #include <QSet>
@@ -45,24 +46,17 @@ void tst_ImageIOHelper::tablesHoldEveryKeyOnceWithItsTransformation()
            &helper.iptcMetadataExtractionModel, &helper.tiffMetadataExtractionModel,
            &helper.exifMetadataExtractionModel};
     QSet<QString> tags;
-    QList<int> sizes;
     int rows = 0;
-    int integers = 0;
     int dates = 0;
     for (const auto *table : tables) {
-        sizes << int(table->size());
         for (const auto &[key, instruction] : *table) {
             ++rows;
             tags.insert(instruction.tag);
-            integers += instruction.transformation == ImageIOHelper::Transformation::integer;
             dates += instruction.transformation == ImageIOHelper::Transformation::date;
         }
     }
-    QCOMPARE(sizes, QList<int>({7, 32, 59, 2, 44}));
     QCOMPARE(tags.size(), rows);
-    QCOMPARE(integers, 6);
     QCOMPARE(dates, 2);
-    QCOMPARE(helper.supportedFileTypes.last(), QStringLiteral("m4b"));
     QVERIFY(helper.supportedFileTypes.contains(QStringLiteral("jpg")));
 }
 
@@ -70,44 +64,25 @@ void tst_ImageIOHelper::jpegValuesComeInTheFormOfThePlatformDictionaries()
 {
     const ExtractedValues values = ImageIOHelper::shared().extract(m_jpeg);
 
-    QCOMPARE(stringOf(values, "image_pixel_width"), "64");
-    QCOMPARE(stringOf(values, "image_pixel_height"), "48");
-    QCOMPARE(stringOf(values, "image_depth"), "8");
-    QCOMPARE(stringOf(values, "image_has_alpha"), "0");
-    QCOMPARE(stringOf(values, "image_dpi_width"), "300");
-    // Rationals become decimal numbers, single bytes numbers.
-    QCOMPARE(stringOf(values, "exif_exposure_time"), "0.008");
-    QCOMPARE(stringOf(values, "exif_f_number"), "2.8");
-    QCOMPARE(stringOf(values, "exif_focal_length"), "50");
-    QCOMPARE(stringOf(values, "exif_exposure_program"), "3");
-    QCOMPARE(stringOf(values, "exif_user_comment"), "Taken from the tower");
-    // Lists of numbers (ISO ratings, versions) are neither numbers nor texts: not stored.
-    QCOMPARE(stringOf(values, "exif_iso_speed_ratings"), "<absent>");
-    QCOMPARE(stringOf(values, "exif_version"), "<absent>");
-    QCOMPARE(stringOf(values, "gps_version"), "<absent>");
-
-    QCOMPARE(stringOf(values, "iptc_keywords"), "alpha, beta, gamma");
-    QCOMPARE(stringOf(values, "iptc_city"), "Paris");
-    QCOMPARE(stringOf(values, "iptc_province_state"), "Ile-de-France");
-    QCOMPARE(stringOf(values, "iptc_primary_location_name"), "France");
-    QCOMPARE(stringOf(values, "iptc_sub_location"), "Champ de Mars");
-    QCOMPARE(stringOf(values, "iptc_creator"), "Ana");
-    QCOMPARE(stringOf(values, "iptc_date_created"), "20240501");
-    QCOMPARE(stringOf(values, "iptc_time_created"), "123456+0200");
-
-    // GPS positions as unsigned degrees beside their reference letters.
-    QCOMPARE(stringOf(values, "gps_latitude_ref"), "N");
-    QCOMPARE(stringOf(values, "gps_longitude_ref"), "W");
+    // Rationals become decimal numbers, single bytes numbers; lists of numbers (ISO ratings,
+    // versions) are neither numbers nor texts and are not stored. GPS positions come as
+    // unsigned degrees beside their reference letters.
+    QCOMPARE(mismatches(values,
+                        "image_pixel_width=64|image_pixel_height=48|image_depth=8|"
+                        "image_has_alpha=0|image_dpi_width=300|exif_exposure_time=0.008|"
+                        "exif_f_number=2.8|exif_focal_length=50|exif_exposure_program=3|"
+                        "exif_user_comment=Taken from the tower|"
+                        "exif_iso_speed_ratings=<absent>|exif_version=<absent>|"
+                        "gps_version=<absent>|iptc_keywords=alpha, beta, gamma|iptc_city=Paris|"
+                        "iptc_province_state=Ile-de-France|iptc_primary_location_name=France|"
+                        "iptc_sub_location=Champ de Mars|iptc_creator=Ana|"
+                        "iptc_date_created=20240501|iptc_time_created=123456+0200|"
+                        "gps_latitude_ref=N|gps_longitude_ref=W|gps_altitude=35|"
+                        "gps_altitude_ref=0|gps_time_stamp=10:34:56|gps_date_stamp=2024:05:01|"
+                        "gps_track=123.5|tiff_make=Canon|tiff_model=EOS R5"),
+             QString());
     QVERIFY(qAbs(stringOf(values, "gps_latitude").toDouble() - 48.8584) < 1e-6);
     QVERIFY(qAbs(stringOf(values, "gps_longitude").toDouble() - 2.2945) < 1e-6);
-    QCOMPARE(stringOf(values, "gps_altitude"), "35");
-    QCOMPARE(stringOf(values, "gps_altitude_ref"), "0");
-    QCOMPARE(stringOf(values, "gps_time_stamp"), "10:34:56");
-    QCOMPARE(stringOf(values, "gps_date_stamp"), "2024:05:01");
-    QCOMPARE(stringOf(values, "gps_track"), "123.5");
-
-    QCOMPARE(stringOf(values, "tiff_make"), "Canon");
-    QCOMPARE(stringOf(values, "tiff_model"), "EOS R5");
 
     const auto original = std::find_if(values.cbegin(), values.cend(), [](const auto &v) {
         return v.key == QLatin1String("exif_date_time_original");
@@ -140,18 +115,16 @@ void tst_ImageIOHelper::pngWithAlphaAndTiffGiveTheirPixelProperties()
     QVERIFY(!png.isEmpty() && !tiff.isEmpty());
 
     const ExtractedValues pngValues = ImageIOHelper::shared().extract(png);
-    QCOMPARE(stringOf(pngValues, "image_pixel_width"), "32");
-    QCOMPARE(stringOf(pngValues, "image_pixel_height"), "16");
-    QCOMPARE(stringOf(pngValues, "image_has_alpha"), "1");
-    QCOMPARE(stringOf(pngValues, "image_depth"), "8");
-    QCOMPARE(stringOf(pngValues, "image_dpi_width"), "150");
+    QCOMPARE(mismatches(pngValues,
+                        "image_pixel_width=32|image_pixel_height=16|image_has_alpha=1|"
+                        "image_depth=8|image_dpi_width=150"),
+             QString());
 
     const ExtractedValues tiffValues = ImageIOHelper::shared().extract(tiff);
-    QCOMPARE(stringOf(tiffValues, "image_pixel_width"), "40");
-    QCOMPARE(stringOf(tiffValues, "image_pixel_height"), "30");
-    QCOMPARE(stringOf(tiffValues, "image_depth"), "16");
-    QCOMPARE(stringOf(tiffValues, "tiff_make"), "Nikon");
-    QCOMPARE(stringOf(tiffValues, "tiff_model"), "Coolscan");
+    QCOMPARE(mismatches(tiffValues,
+                        "image_pixel_width=40|image_pixel_height=30|image_depth=16|"
+                        "tiff_make=Nikon|tiff_model=Coolscan"),
+             QString());
 }
 
 void tst_ImageIOHelper::embeddedProfileGivesItsName()

@@ -73,11 +73,14 @@ void tst_PlatformReaders::badInputGivesAnEmptyOrPartialResultQuietly_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<bool>("nothingToRead"); // no content: only the file's type and dates
 
+    const auto bytesOf = [](const QString &path) {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    };
     QRandomGenerator random(20240501);
     for (const QString &good : std::as_const(m_goodFiles)) {
-        QFile file(good);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
+        const QByteArray bytes = bytesOf(good);
+        QVERIFY(!bytes.isEmpty());
         const QString suffix = QFileInfo(good).suffix();
         const QString base = QFileInfo(good).completeBaseName();
 
@@ -103,18 +106,9 @@ void tst_PlatformReaders::badInputGivesAnEmptyOrPartialResultQuietly_data()
             << false;
     }
     // Real files of one kind under the name of another.
-    QTest::newRow("PNG named .mp3") << writeFile("picture.mp3", [&] {
-        QFile f(m_goodFiles[1]);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }()) << false;
-    QTest::newRow("MP4 named .jpg") << writeFile("movie.jpg", [&] {
-        QFile f(m_goodFiles[3]);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }()) << false;
-    QTest::newRow("JPEG named .wav") << writeFile("photo.wav", [&] {
-        QFile f(m_goodFiles[0]);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }()) << false;
+    QTest::newRow("PNG named .mp3") << writeFile("picture.mp3", bytesOf(m_goodFiles[1])) << false;
+    QTest::newRow("MP4 named .jpg") << writeFile("movie.jpg", bytesOf(m_goodFiles[3])) << false;
+    QTest::newRow("JPEG named .wav") << writeFile("photo.wav", bytesOf(m_goodFiles[0])) << false;
     QTest::newRow("missing file") << m_dir.filePath("bad/none.jpg") << true;
     // Opening a named pipe for reading would wait for a writer forever.
     for (const char *name : {"pipe.mp3", "pipe.jpg", "pipe.mp4"}) {
