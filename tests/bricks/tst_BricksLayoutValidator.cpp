@@ -7,9 +7,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTest>
 
+#include "TestSupport.h"
+
+using namespace Qt::StringLiterals;
 namespace B = BuildDirectivesNamespace;
 using namespace LayoutRecipeNamespace;
 using D = SmartLayoutDirectionsType;
@@ -241,14 +243,8 @@ void tst_BricksLayoutValidator::reportsForPeopleAndMachines()
 
 void tst_BricksLayoutValidator::fatalOnError()
 {
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("BRICKS_FATAL_SCENARIO", "fatalOnError");
-    process.setProcessEnvironment(env);
-    process.start(QCoreApplication::applicationFilePath(), {});
-    QVERIFY(process.waitForFinished(20000));
-    QVERIFY(process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0);
-    const QByteArray err = process.readAllStandardError();
+    const QByteArray err
+        = TestSupport::standardErrorOfFailingRun(u"BRICKS_FATAL_SCENARIO"_s, u"fatalOnError"_s);
     QVERIFY2(err.contains("[BricksLayoutValidator] Found 1 layout error(s) - see log above for "
                           "details"),
              err.constData());

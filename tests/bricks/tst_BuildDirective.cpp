@@ -7,11 +7,13 @@
 
 #include <QApplication>
 #include <QLabel>
-#include <QProcess>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
 
+#include "TestSupport.h"
+
+using namespace Qt::StringLiterals;
 namespace B = BuildDirectivesNamespace;
 
 namespace {
@@ -235,14 +237,9 @@ void tst_BuildDirective::fatalStops()
 {
     QFETCH(QString, scenario);
     QFETCH(QString, message);
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("BRICKS_FATAL_SCENARIO", scenario);
-    process.setProcessEnvironment(env);
-    process.start(QCoreApplication::applicationFilePath(), {});
-    QVERIFY(process.waitForFinished(20000));
-    QVERIFY(process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0);
-    QVERIFY2(process.readAllStandardError().contains(message.toUtf8()), qPrintable(scenario));
+    const QByteArray err
+        = TestSupport::standardErrorOfFailingRun(u"BRICKS_FATAL_SCENARIO"_s, scenario);
+    QVERIFY2(err.contains(message.toUtf8()), err.constData());
 }
 
 static int runFatalScenario(const QString &scenario)

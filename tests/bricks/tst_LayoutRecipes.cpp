@@ -10,10 +10,12 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
 #include <QTest>
 #include <QVBoxLayout>
 
+#include "TestSupport.h"
+
+using namespace Qt::StringLiterals;
 namespace B = BuildDirectivesNamespace;
 using namespace LayoutRecipeNamespace;
 using D = SmartLayoutDirectionsType;
@@ -300,14 +302,8 @@ void tst_LayoutRecipes::fatalStops()
 {
     QFETCH(QString, scenario);
     QFETCH(QString, message);
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("BRICKS_FATAL_SCENARIO", scenario);
-    process.setProcessEnvironment(env);
-    process.start(QCoreApplication::applicationFilePath(), {});
-    QVERIFY(process.waitForFinished(20000));
-    QVERIFY(process.exitStatus() == QProcess::CrashExit || process.exitCode() != 0);
-    const QByteArray err = process.readAllStandardError();
+    const QByteArray err
+        = TestSupport::standardErrorOfFailingRun(u"BRICKS_FATAL_SCENARIO"_s, scenario);
     QVERIFY2(err.contains(message.toUtf8()), err.constData());
 }
 

@@ -4,6 +4,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 enum class Mode { Zero, One, Two };
 }
@@ -28,15 +30,13 @@ void tst_Variables::straightListenersRunInOrderOnEveryWrite()
 {
     StraightVariable<int> variable(1);
     QStringList calls;
-    variable.addHotListener([&](int v) { calls << QStringLiteral("A%1").arg(v); });
-    QCOMPARE(calls, QStringList {QStringLiteral("A1")}); // hot: called before add returns
-    variable.addColdListener([&](int v) { calls << QStringLiteral("B%1").arg(v); });
+    variable.addHotListener([&](int v) { calls << u"A%1"_s.arg(v); });
+    QCOMPARE(calls, QStringList {u"A1"_s}); // hot: called before add returns
+    variable.addColdListener([&](int v) { calls << u"B%1"_s.arg(v); });
     QCOMPARE(calls.size(), 1); // cold: nothing yet
     variable.setValue(1); // an equal value notifies again
     variable.setValue(2);
-    QCOMPARE(calls,
-             (QStringList {QStringLiteral("A1"), QStringLiteral("A1"), QStringLiteral("B1"),
-                           QStringLiteral("A2"), QStringLiteral("B2")}));
+    QCOMPARE(calls, (QStringList {u"A1"_s, u"A1"_s, u"B1"_s, u"A2"_s, u"B2"_s}));
 }
 
 void tst_Variables::nestedWriteInterruptsTheOuterPass()
@@ -75,12 +75,11 @@ void tst_Variables::listenerAddedDuringAPassJoinsNextPass()
 void tst_Variables::userDefaultsVariableReadsTheStoreAndNotifiesThroughIt()
 {
     UserDefaults &store = UserDefaults::standard();
-    store.setObject(17, QStringLiteral("udv.stored"));
-    UserDefaultsVariable<int> stored(QStringLiteral("udv.stored"), 3, DefaultsConverters::toInt(3));
+    store.setObject(17, u"udv.stored"_s);
+    UserDefaultsVariable<int> stored(u"udv.stored"_s, 3, DefaultsConverters::toInt(3));
     QCOMPARE(stored.value(), 17); // the stored value wins; nothing written at construction
 
-    UserDefaultsVariable<bool> flag(QStringLiteral("udv.flag"), true,
-                                    DefaultsConverters::toBool(true));
+    UserDefaultsVariable<bool> flag(u"udv.flag"_s, true, DefaultsConverters::toBool(true));
     QCOMPARE(flag.value(), true);
     QVERIFY(!store.filePath().isEmpty());
     QList<bool> seen;
@@ -88,10 +87,10 @@ void tst_Variables::userDefaultsVariableReadsTheStoreAndNotifiesThroughIt()
     flag.setValue(false);
     QCOMPARE(seen, QList<bool> {false});
     // A change made to the key by anyone else notifies too.
-    store.setObject(true, QStringLiteral("udv.flag"));
+    store.setObject(true, u"udv.flag"_s);
     QCOMPARE(seen, (QList<bool> {false, true}));
     // A wrongly typed entry reads as the converter's fallback.
-    store.setObject(QStringLiteral("nonsense"), QStringLiteral("udv.flag"));
+    store.setObject(u"nonsense"_s, u"udv.flag"_s);
     QCOMPARE(flag.value(), true);
 }
 
@@ -103,27 +102,26 @@ void tst_Variables::rawRepresentableVariablesUseRawValues()
     QCOMPARE(straight.value(), Mode::Two);
 
     RawRepresentableUserDefaultsVariable<Mode> persisted(
-        QStringLiteral("udv.mode"), Mode::Two, [](int raw) { return raw >= 0 && raw <= 2; });
+        u"udv.mode"_s, Mode::Two, [](int raw) { return raw >= 0 && raw <= 2; });
     QCOMPARE(persisted.value(), Mode::Two);
     persisted.setValue(Mode::Zero);
-    QCOMPARE(UserDefaults::standard().objectForKey(QStringLiteral("udv.mode")).toInt(), 0);
+    QCOMPARE(UserDefaults::standard().objectForKey(u"udv.mode"_s).toInt(), 0);
 }
 
 void tst_Variables::codableVariablesFallBackSilently()
 {
-    CodableUserDefaultsVariable<QStringList> list(QStringLiteral("udv.codable"),
-                                                  {QStringLiteral("a")}, {});
-    QCOMPARE(list.value(), QStringList {QStringLiteral("a")});
-    UserDefaults::standard().setObject(QStringLiteral("{not json"), QStringLiteral("udv.codable"));
+    CodableUserDefaultsVariable<QStringList> list(u"udv.codable"_s, {u"a"_s}, {});
+    QCOMPARE(list.value(), QStringList {u"a"_s});
+    UserDefaults::standard().setObject(u"{not json"_s, u"udv.codable"_s);
     QCOMPARE(list.value(), QStringList {}); // nilValue
-    list.setValue({QStringLiteral("b"), QStringLiteral("c")});
-    QCOMPARE(list.value(), (QStringList {QStringLiteral("b"), QStringLiteral("c")}));
+    list.setValue({u"b"_s, u"c"_s});
+    QCOMPARE(list.value(), (QStringList {u"b"_s, u"c"_s}));
 
-    NillableCodableUserDefaultsVariable<int> nillable(QStringLiteral("udv.nillable"), std::nullopt);
+    NillableCodableUserDefaultsVariable<int> nillable(u"udv.nillable"_s, std::nullopt);
     QCOMPARE(nillable.value(), std::optional<int>());
     nillable.setValue(4);
     QCOMPARE(nillable.value(), std::optional<int>(4));
-    UserDefaults::standard().setObject(QStringLiteral("[\"x\"]"), QStringLiteral("udv.nillable"));
+    UserDefaults::standard().setObject(u"[\"x\"]"_s, u"udv.nillable"_s);
     QCOMPARE(nillable.value(), std::optional<int>());
 }
 
@@ -132,7 +130,7 @@ void tst_Variables::combinedVariableNotifiesOncePerSourceChange()
     auto mode = std::make_shared<StraightVariable<int>>(2);
     auto waiting = std::make_shared<StraightVariable<bool>>(true);
     QStringList order;
-    mode->addColdListener([&](int) { order << QStringLiteral("mode listener"); });
+    mode->addColdListener([&](int) { order << u"mode listener"_s; });
     CombinedVariable<int, StraightVariable<int>, StraightVariable<bool>> tab(
         mode, waiting, [](const StraightVariable<int> &m, const StraightVariable<bool> &w) {
             return w.value() ? 0 : m.value() + 1;
@@ -141,26 +139,25 @@ void tst_Variables::combinedVariableNotifiesOncePerSourceChange()
     QList<int> values;
     tab.addColdListener([&](int v) {
         values << v;
-        order << QStringLiteral("combined");
+        order << u"combined"_s;
     });
     waiting->setValue(false);
     QCOMPARE(values, QList<int> {3});
     mode->setValue(2); // unchanged result still notifies
     QCOMPARE(values, (QList<int> {3, 3}));
-    QCOMPARE(order.mid(order.size() - 2),
-             (QStringList {QStringLiteral("mode listener"), QStringLiteral("combined")}));
+    QCOMPARE(order.mid(order.size() - 2), (QStringList {u"mode listener"_s, u"combined"_s}));
 }
 
 void tst_Variables::typeErasedHoldersForward()
 {
-    auto source = std::make_shared<StraightVariable<QString>>(QStringLiteral("a"));
+    auto source = std::make_shared<StraightVariable<QString>>(u"a"_s);
     AnyReadOnlyVariable<QString> readOnly(source);
     AnyReadWriteVariable<QString> readWrite(source);
     QStringList seen;
     readOnly.addHotListener([&](const QString &v) { seen << v; });
-    readWrite.setValue(QStringLiteral("b"));
-    QCOMPARE(readOnly.value(), QStringLiteral("b"));
-    QCOMPARE(seen, (QStringList {QStringLiteral("a"), QStringLiteral("b")}));
+    readWrite.setValue(u"b"_s);
+    QCOMPARE(readOnly.value(), u"b"_s);
+    QCOMPARE(seen, (QStringList {u"a"_s, u"b"_s}));
 }
 
 QTEST_GUILESS_MAIN(tst_Variables)

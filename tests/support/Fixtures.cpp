@@ -1,9 +1,11 @@
 #include "Fixtures.h"
 
+#include "TestSupport.h"
 #include "platform/Resources.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTest>
 
@@ -111,6 +113,14 @@ QString makeScript(const QString &directory, const QString &name, const QByteArr
     const QString path = makeFile(directory, name, text);
     QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     return path;
+}
+
+NodePtr readNode(const QString &path)
+{
+    const NodePtr node = FileNode::create(QFileInfo(path).fileName(), path, QString());
+    const bool read = TestSupport::waitUntil(
+        [&] { return node->getDisplayString(u"GPSDataAvailable"_s).isPresent(); }, 20000);
+    return read ? node : NodePtr();
 }
 
 } // namespace Fixtures

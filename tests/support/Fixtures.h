@@ -1,5 +1,7 @@
 #pragma once
 
+#include "session/Node.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -35,5 +37,9 @@ QString makeFile(const QString &directory, const QString &name, const QByteArray
 
 // An executable script: a stand-in for a worker.
 QString makeScript(const QString &directory, const QString &name, const QByteArray &text);
+
+// A node for the file once its ExifTool values have been read (the GPS status is stored with
+// them), with the reader started by the node's creation; null after twenty seconds without.
+NodePtr readNode(const QString &path);
 
 } // namespace Fixtures

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QProcess>
 #include <QTest>
 
 namespace TestSupport {
@@ -24,6 +25,20 @@ bool waitUntil(const std::function<bool()> &predicate, int timeoutMs)
         QTest::qSleep(1);
     }
     return true;
+}
+
+QByteArray standardErrorOfFailingRun(const QString &variable, const QString &value)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(variable, value);
+    process.setProcessEnvironment(environment);
+    process.start(QCoreApplication::applicationFilePath(), {});
+    if (!process.waitForFinished(20000))
+        return "(the run did not finish)";
+    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+        return "(the run ended without a failure)";
+    return process.readAllStandardError();
 }
 
 } // namespace TestSupport

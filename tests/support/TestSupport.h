@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -14,5 +15,9 @@ void useTemporaryUserDefaults();
 
 // Spins the event loop until the predicate holds or the timeout passes; returns the predicate.
 bool waitUntil(const std::function<bool()> &predicate, int timeoutMs = 10000);
+
+// Runs this test program again with the environment variable set, for a scenario that must stop
+// it with a failure; answers what it wrote to standard error, or a note saying it did not stop.
+QByteArray standardErrorOfFailingRun(const QString &variable, const QString &value);
 
 } // namespace TestSupport
