@@ -100,13 +100,8 @@ void tst_GPSCoordinateComponent::cleanup()
 
 NodePtr tst_GPSCoordinateComponent::readNode(const QString &name, const QStringList &tags)
 {
-    const QString path
-        = Fixtures::makeJpeg(m_dir.path(), u"%1-%2"_s.arg(++m_fileCounter).arg(name), tags);
-    const NodePtr node = FileNode::create(QFileInfo(path).fileName(), path, QString());
-    if (!TestSupport::waitUntil(
-            [&] { return node->getDisplayString(u"GPSDataAvailable"_s).isPresent(); }, 20000))
-        return {};
-    return node;
+    return Fixtures::readNode(
+        Fixtures::makeJpeg(m_dir.path(), u"%1-%2"_s.arg(++m_fileCounter).arg(name), tags));
 }
 
 bool tst_GPSCoordinateComponent::select(const QList<NodePtr> &nodes)

@@ -58,13 +58,8 @@ void tst_IPTCLocationComponent::cleanup()
 
 NodePtr tst_IPTCLocationComponent::readNode(const QStringList &tags)
 {
-    const QString path
-        = Fixtures::makeJpeg(m_dir.path(), u"city%1.jpg"_s.arg(++m_fileCounter), tags);
-    const NodePtr node = FileNode::create(QFileInfo(path).fileName(), path, QString());
-    if (!TestSupport::waitUntil(
-            [&] { return node->getDisplayString(u"GPSDataAvailable"_s).isPresent(); }, 20000))
-        return {};
-    return node;
+    return Fixtures::readNode(
+        Fixtures::makeJpeg(m_dir.path(), u"city%1.jpg"_s.arg(++m_fileCounter), tags));
 }
 
 bool tst_IPTCLocationComponent::select(const QList<NodePtr> &nodes)

@@ -33,7 +33,8 @@ private slots:
     void oneGPSEditReachesTheFilesAndTheStore();
 
 private:
-    NodePtr readNode(const QString &path);
+    // A fresh model that the change manager works on.
+    void useNewModel();
 
     QTemporaryDir m_dir;
     std::unique_ptr<DataModel> m_model;
@@ -51,14 +52,10 @@ void tst_ChangeManager::cleanup()
     m_model.reset();
 }
 
-NodePtr tst_ChangeManager::readNode(const QString &path)
+void tst_ChangeManager::useNewModel()
 {
-    const NodePtr node = FileNode::create(QFileInfo(path).fileName(), path, QString());
-    // Creating the node starts its read; the status flag is stored with the rest of it.
-    if (!TestSupport::waitUntil(
-            [&] { return node->getDisplayString(u"GPSDataAvailable"_s).isPresent(); }, 20000))
-        return {};
-    return node;
+    m_model = std::make_unique<DataModel>();
+    ChangeManager::setDataModel(m_model.get());
 }
 
 void tst_ChangeManager::gpsPairs_data()
@@ -115,13 +112,12 @@ void tst_ChangeManager::remappedToMWG()
 
 void tst_ChangeManager::gpsApplyAddsXMPPairsPerFile()
 {
-    const NodePtr plain = readNode(Fixtures::makeJpeg(m_dir.path(), u"plain.jpg"_s));
-    const NodePtr withXmp
-        = readNode(Fixtures::makeJpeg(m_dir.path(), u"xmp.jpg"_s, {u"-XMP:Title=kept"_s}));
+    const NodePtr plain = Fixtures::readNode(Fixtures::makeJpeg(m_dir.path(), u"plain.jpg"_s));
+    const NodePtr withXmp = Fixtures::readNode(
+        Fixtures::makeJpeg(m_dir.path(), u"xmp.jpg"_s, {u"-XMP:Title=kept"_s}));
     QVERIFY(plain && withXmp);
 
-    m_model = std::make_unique<DataModel>();
-    ChangeManager::setDataModel(m_model.get());
+    useNewModel();
     m_model->setSelectedNodes({withXmp, plain});
     m_model->gpsCoordinateComponent->typeInLatitudeField(u"51.5"_s);
     m_model->gpsCoordinateComponent->typeInLongitudeField(u"-0.5"_s);
@@ -160,12 +156,11 @@ void tst_ChangeManager::pinnedFieldsUseMWGTagsPerFile()
     QFETCH(int, field);
     QFETCH(QString, tag);
     QFETCH(QString, mwgTag);
-    const NodePtr plain = readNode(Fixtures::makeJpeg(m_dir.path(), u"pinplain.jpg"_s));
-    const NodePtr withXmp
-        = readNode(Fixtures::makeJpeg(m_dir.path(), u"pinxmp.jpg"_s, {u"-XMP:Title=kept"_s}));
+    const NodePtr plain = Fixtures::readNode(Fixtures::makeJpeg(m_dir.path(), u"pinplain.jpg"_s));
+    const NodePtr withXmp = Fixtures::readNode(
+        Fixtures::makeJpeg(m_dir.path(), u"pinxmp.jpg"_s, {u"-XMP:Title=kept"_s}));
     QVERIFY(plain && withXmp);
-    m_model = std::make_unique<DataModel>();
-    ChangeManager::setDataModel(m_model.get());
+    useNewModel();
     m_model->setSelectedNodes({plain, withXmp});
 
     const std::array<DataModel::Straight<QString>, 4> pinned {
@@ -191,10 +186,9 @@ void tst_ChangeManager::pinnedFieldsUseMWGTagsPerFile()
 
 void tst_ChangeManager::emptyInputsChangeNothing()
 {
-    const NodePtr node = readNode(Fixtures::makeJpeg(m_dir.path(), u"empty.jpg"_s));
+    const NodePtr node = Fixtures::readNode(Fixtures::makeJpeg(m_dir.path(), u"empty.jpg"_s));
     QVERIFY(node);
-    m_model = std::make_unique<DataModel>();
-    ChangeManager::setDataModel(m_model.get());
+    useNewModel();
     GPSCoordinateComponent &component = *m_model->gpsCoordinateComponent;
     RecordingWriteSink sink;
 
@@ -221,10 +215,9 @@ void tst_ChangeManager::emptyInputsChangeNothing()
 
 void tst_ChangeManager::completionReannouncesSelection()
 {
-    const NodePtr node = readNode(Fixtures::makeJpeg(m_dir.path(), u"again.jpg"_s));
+    const NodePtr node = Fixtures::readNode(Fixtures::makeJpeg(m_dir.path(), u"again.jpg"_s));
     QVERIFY(node);
-    m_model = std::make_unique<DataModel>();
-    ChangeManager::setDataModel(m_model.get());
+    useNewModel();
     m_model->setSelectedNodes({node});
     m_model->_pinnedLocationCountry->setValue(u"Chile"_s);
     RecordingWriteSink sink;
@@ -246,17 +239,16 @@ void tst_ChangeManager::completionReannouncesSelection()
 
 void tst_ChangeManager::oneGPSEditReachesTheFilesAndTheStore()
 {
-    const NodePtr jpeg = readNode(Fixtures::makeJpeg(m_dir.path(), u"way.jpg"_s));
-    const NodePtr movie = readNode(Fixtures::makeVideo(m_dir.path(), u"way.mov"_s));
-    const NodePtr withXmp = readNode(Fixtures::makeJpeg(
+    const NodePtr jpeg = Fixtures::readNode(Fixtures::makeJpeg(m_dir.path(), u"way.jpg"_s));
+    const NodePtr movie = Fixtures::readNode(Fixtures::makeVideo(m_dir.path(), u"way.mov"_s));
+    const NodePtr withXmp = Fixtures::readNode(Fixtures::makeJpeg(
         m_dir.path(), u"wayxmp.jpg"_s,
         {u"-GPSLatitude=10"_s, u"-GPSLatitudeRef=N"_s, u"-GPSLongitude=10"_s,
          u"-GPSLongitudeRef=E"_s, u"-XMP:GPSLatitude=10"_s, u"-XMP:GPSLongitude=10"_s}));
     QVERIFY(jpeg && movie && withXmp);
     QCOMPARE(jpeg->getIntValueSync(u"GPSDataAvailable"_s), 0);
 
-    m_model = std::make_unique<DataModel>();
-    ChangeManager::setDataModel(m_model.get());
+    useNewModel();
     const QList<NodePtr> selection {jpeg, movie, withXmp};
     m_model->setSelectedNodes(selection);
     int announcements = 0;
