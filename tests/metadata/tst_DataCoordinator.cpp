@@ -12,6 +12,8 @@
 
 #include <atomic>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class RecordingObserver : public DataIsReadyObserver
@@ -31,8 +33,7 @@ public:
     void retrieveAndStoreAllTagsFor(const QString &path) override
     {
         ++reads;
-        MetadataStorage::shared().store(path, source, QStringLiteral("headline"),
-                                        QStringLiteral("Harbour at dawn"));
+        MetadataStorage::shared().store(path, source, u"headline"_s, u"Harbour at dawn"_s);
     }
     MetadataSource source;
     std::atomic_int reads = 0;
@@ -86,20 +87,16 @@ void tst_DataCoordinator::basicInformationOfAFile_data()
     QTest::addColumn<QString>("kb");
     QTest::addColumn<QString>("mb");
     QTest::addColumn<QString>("human");
-    QTest::newRow("empty") << 0 << QStringLiteral("0") << QStringLiteral("0")
-                           << QStringLiteral("Zero KB");
-    QTest::newRow("one byte") << 1 << QStringLiteral("1") << QStringLiteral("1")
-                              << QStringLiteral("1 byte");
-    QTest::newRow("1025 bytes") << 1025 << QStringLiteral("2") << QStringLiteral("1")
-                                << QStringLiteral("1 KB");
-    QTest::newRow("1.2 MB") << 1234567 << QStringLiteral("1206") << QStringLiteral("2")
-                            << QStringLiteral("1.2 MB");
+    QTest::newRow("empty") << 0 << u"0"_s << u"0"_s << u"Zero KB"_s;
+    QTest::newRow("one byte") << 1 << u"1"_s << u"1"_s << u"1 byte"_s;
+    QTest::newRow("1025 bytes") << 1025 << u"2"_s << u"1"_s << u"1 KB"_s;
+    QTest::newRow("1.2 MB") << 1234567 << u"1206"_s << u"2"_s << u"1.2 MB"_s;
 }
 
 void tst_DataCoordinator::basicInformationOfAFile()
 {
     QFETCH(int, size);
-    const QString path = m_dir.filePath(QStringLiteral("basic-%1.bin").arg(size));
+    const QString path = m_dir.filePath(u"basic-%1.bin"_s.arg(size));
     writeFile(path, size);
     const QDateTime modified(QDate(2020, 5, 17), QTime(10, 30, 0), Qt::UTC);
     {
@@ -109,73 +106,67 @@ void tst_DataCoordinator::basicInformationOfAFile()
     }
     const NodePtr node = nodeFor(path);
     // The synchronous getter reads the source on this thread when it has not been read.
-    QCOMPARE(node->getIntValueSync(QStringLiteral("size")), qint64(size));
+    QCOMPARE(node->getIntValueSync(u"size"_s), qint64(size));
     MetadataStorage &storage = MetadataStorage::shared();
-    QTEST(storage.getStringValue(path, QStringLiteral("size_in_kb"), MetadataSource::Basic)
-              .value_or(QString()),
+    QTEST(storage.getStringValue(path, u"size_in_kb"_s, MetadataSource::Basic).value_or(QString()),
           "kb");
-    QTEST(storage.getStringValue(path, QStringLiteral("size_in_mb"), MetadataSource::Basic)
-              .value_or(QString()),
+    QTEST(storage.getStringValue(path, u"size_in_mb"_s, MetadataSource::Basic).value_or(QString()),
           "mb");
-    QTEST(storage.getStringValue(path, QStringLiteral("human_readable_size"), MetadataSource::Basic)
+    QTEST(storage.getStringValue(path, u"human_readable_size"_s, MetadataSource::Basic)
               .value_or(QString()),
           "human");
-    QCOMPARE(storage.getStringValue(path, QStringLiteral("size_in_bytes"), MetadataSource::Basic),
+    QCOMPARE(storage.getStringValue(path, u"size_in_bytes"_s, MetadataSource::Basic),
              std::optional<QString>(QString::number(size)));
-    QCOMPARE(node->getDateValueSync(QStringLiteral("modification_date")), modified);
-    QVERIFY(
-        storage.boolValueExistsAndIsTrue(path, QStringLiteral("retrieved"), MetadataSource::Basic));
+    QCOMPARE(node->getDateValueSync(u"modification_date"_s), modified);
+    QVERIFY(storage.boolValueExistsAndIsTrue(path, u"retrieved"_s, MetadataSource::Basic));
 }
 
 void tst_DataCoordinator::vanishedFileIsMarkedWithoutValues()
 {
-    for (const QString &path : {m_dir.filePath(QStringLiteral("never-there.jpg")), m_dir.path()}) {
+    for (const QString &path : {m_dir.filePath(u"never-there.jpg"_s), m_dir.path()}) {
         const NodePtr node = nodeFor(path);
         GetBasicInformationOperation::retrieveInformation(*node);
         MetadataStorage &storage = MetadataStorage::shared();
-        QVERIFY(storage.boolValueExistsAndIsTrue(path, QStringLiteral("retrieved"),
-                                                 MetadataSource::Basic));
+        QVERIFY(storage.boolValueExistsAndIsTrue(path, u"retrieved"_s, MetadataSource::Basic));
         if (path == m_dir.path())
             continue; // a directory has attributes, and reads them like a file
-        QCOMPARE(node->getDisplayString(QStringLiteral("size")).kind(),
-                 DisplayStringWrapper::Kind::NotPresent);
-        QCOMPARE(node->getIntValueSync(QStringLiteral("size")), 0);
-        QCOMPARE(node->getDateValueSync(QStringLiteral("creation_date")), Node::distantPast());
+        QCOMPARE(node->getDisplayString(u"size"_s).kind(), DisplayStringWrapper::Kind::NotPresent);
+        QCOMPARE(node->getIntValueSync(u"size"_s), 0);
+        QCOMPARE(node->getDateValueSync(u"creation_date"_s), Node::distantPast());
     }
 }
 
 void tst_DataCoordinator::linkReportsItsOwnAttributes()
 {
-    const QString target = m_dir.filePath(QStringLiteral("target.bin"));
+    const QString target = m_dir.filePath(u"target.bin"_s);
     writeFile(target, 5000);
-    const QString link = m_dir.filePath(QStringLiteral("link.bin"));
+    const QString link = m_dir.filePath(u"link.bin"_s);
     QVERIFY(QFile::link(target, link));
     const NodePtr node = nodeFor(link);
-    const qint64 size = node->getIntValueSync(QStringLiteral("size"));
+    const qint64 size = node->getIntValueSync(u"size"_s);
     QCOMPARE(size, qint64(QFile::symLinkTarget(link).toUtf8().size()));
     QVERIFY(size != 5000);
 }
 
 void tst_DataCoordinator::displayStringWaitsThenObserversAreTold()
 {
-    const QString path = m_dir.filePath(QStringLiteral("observed.bin"));
+    const QString path = m_dir.filePath(u"observed.bin"_s);
     writeFile(path, 3000);
     const NodePtr node = nodeFor(path);
     auto first = std::make_shared<RecordingObserver>();
     auto second = std::make_shared<RecordingObserver>();
     auto dying = std::make_shared<RecordingObserver>();
-    node->addDataObserver(first, QStringLiteral("size"));
-    node->addDataObserver(dying, QStringLiteral("human_readable_size"));
-    node->addDataObserver(second, QStringLiteral("human_readable_size"));
+    node->addDataObserver(first, u"size"_s);
+    node->addDataObserver(dying, u"human_readable_size"_s);
+    node->addDataObserver(second, u"human_readable_size"_s);
     dying.reset(); // an observer that died is skipped
-    QCOMPARE(node->getDisplayString(QStringLiteral("human_readable_size")).kind(),
+    QCOMPARE(node->getDisplayString(u"human_readable_size"_s).kind(),
              DisplayStringWrapper::Kind::Waiting);
     QVERIFY(TestSupport::waitUntil([&] { return !second->updates.isEmpty(); }));
     QCOMPARE(first->updates, QList<int> {int(MetadataSource::Basic)});
-    QCOMPARE(node->getDisplayString(QStringLiteral("human_readable_size")).text(),
-             QStringLiteral("3 KB"));
+    QCOMPARE(node->getDisplayString(u"human_readable_size"_s).text(), u"3 KB"_s);
     // Integers show as sizes in the display form.
-    QCOMPARE(node->getDisplayString(QStringLiteral("size")).text(), QStringLiteral("3 KB"));
+    QCOMPARE(node->getDisplayString(u"size"_s).text(), u"3 KB"_s);
 
     node->remove(first.get(), MetadataSource::Basic);
     node->signalDataIsNowReady(MetadataSource::Basic);
@@ -185,24 +176,22 @@ void tst_DataCoordinator::displayStringWaitsThenObserversAreTold()
 
 void tst_DataCoordinator::queuedReadsOfAMarkedSourceCostNothing()
 {
-    const QString path = m_dir.filePath(QStringLiteral("image.jpg"));
+    const QString path = m_dir.filePath(u"image.jpg"_s);
     writeFile(path, 10);
     const NodePtr node = nodeFor(path);
     const int before = m_imageReader->reads;
     // A table redrawing an unread cell schedules a read each time; only the first reads.
-    QCOMPARE(node->getDisplayString(QStringLiteral("headline")).kind(),
-             DisplayStringWrapper::Kind::Waiting);
+    QCOMPARE(node->getDisplayString(u"headline"_s).kind(), DisplayStringWrapper::Kind::Waiting);
     for (int i = 0; i < 49; ++i)
-        node->getDisplayString(QStringLiteral("headline"));
+        node->getDisplayString(u"headline"_s);
     DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     QCOMPARE(m_imageReader->reads - before, 1);
-    QCOMPARE(node->getDisplayString(QStringLiteral("headline")).text(),
-             QStringLiteral("Harbour at dawn"));
+    QCOMPARE(node->getDisplayString(u"headline"_s).text(), u"Harbour at dawn"_s);
 }
 
 void tst_DataCoordinator::sourcesWithoutReaderScheduleNothing()
 {
-    const NodePtr node = nodeFor(m_dir.filePath(QStringLiteral("x.jpg")));
+    const NodePtr node = nodeFor(m_dir.filePath(u"x.jpg"_s));
     DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     DataCoordinator::shared().retrieveDataAsynchronously(node, MetadataSource::Node);
     DataCoordinator::shared().retrieveDataAsynchronously(node, MetadataSource::Computed);
@@ -216,23 +205,22 @@ void tst_DataCoordinator::sourcesWithoutReaderScheduleNothing()
 
 void tst_DataCoordinator::invalidateReadsEverySourceAgain()
 {
-    const QString path = m_dir.filePath(QStringLiteral("rewritten.jpg"));
+    const QString path = m_dir.filePath(u"rewritten.jpg"_s);
     writeFile(path, 100);
     const NodePtr node = nodeFor(path);
-    QCOMPARE(node->getIntValueSync(QStringLiteral("size")), 100);
-    node->getStringValueSync(QStringLiteral("headline"));
+    QCOMPARE(node->getIntValueSync(u"size"_s), 100);
+    node->getStringValueSync(u"headline"_s);
     DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     auto observer = std::make_shared<RecordingObserver>();
-    node->addDataObserver(observer, QStringLiteral("size"));
+    node->addDataObserver(observer, u"size"_s);
     writeFile(path, 200);
     const int before = m_imageReader->reads;
     DataCoordinator::shared().invalidateData(node);
     // Read anew on this thread before the call returned.
     QCOMPARE(m_imageReader->reads - before, 1);
-    QCOMPARE(MetadataStorage::shared().getObjCIntegerValue(path, QStringLiteral("size"),
-                                                           MetadataSource::Basic),
+    QCOMPARE(MetadataStorage::shared().getObjCIntegerValue(path, u"size"_s, MetadataSource::Basic),
              qint64(200));
-    QVERIFY(MetadataStorage::shared().boolValueExistsAndIsTrue(path, QStringLiteral("retrieved"),
+    QVERIFY(MetadataStorage::shared().boolValueExistsAndIsTrue(path, u"retrieved"_s,
                                                                MetadataSource::Spotlight));
     QVERIFY(TestSupport::waitUntil([&] { return !observer->updates.isEmpty(); }));
 }
@@ -241,15 +229,15 @@ void tst_DataCoordinator::byteCountTexts_data()
 {
     QTest::addColumn<qint64>("bytes");
     QTest::addColumn<QString>("text");
-    QTest::newRow("zero") << qint64(0) << QStringLiteral("Zero KB");
-    QTest::newRow("bytes") << qint64(999) << QStringLiteral("999 bytes");
-    QTest::newRow("one KB") << qint64(1000) << QStringLiteral("1 KB");
-    QTest::newRow("KB rounds") << qint64(1499) << QStringLiteral("1 KB");
-    QTest::newRow("just under a MB") << qint64(999999) << QStringLiteral("1 MB");
-    QTest::newRow("MB one decimal") << qint64(1250000) << QStringLiteral("1.3 MB");
-    QTest::newRow("whole MB") << qint64(5000000) << QStringLiteral("5 MB");
-    QTest::newRow("GB two decimals") << qint64(3250000000) << QStringLiteral("3.25 GB");
-    QTest::newRow("thousands of KB never") << qint64(999499) << QStringLiteral("999 KB");
+    QTest::newRow("zero") << qint64(0) << u"Zero KB"_s;
+    QTest::newRow("bytes") << qint64(999) << u"999 bytes"_s;
+    QTest::newRow("one KB") << qint64(1000) << u"1 KB"_s;
+    QTest::newRow("KB rounds") << qint64(1499) << u"1 KB"_s;
+    QTest::newRow("just under a MB") << qint64(999999) << u"1 MB"_s;
+    QTest::newRow("MB one decimal") << qint64(1250000) << u"1.3 MB"_s;
+    QTest::newRow("whole MB") << qint64(5000000) << u"5 MB"_s;
+    QTest::newRow("GB two decimals") << qint64(3250000000) << u"3.25 GB"_s;
+    QTest::newRow("thousands of KB never") << qint64(999499) << u"999 KB"_s;
 }
 
 void tst_DataCoordinator::byteCountTexts()

@@ -5,6 +5,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Nodes whose embedded metadata is already in the store, with the given City values.
@@ -13,11 +15,10 @@ QList<NodePtr> nodesWithCities(const QString &prefix, const QList<std::optional<
     QList<NodePtr> nodes;
     MetadataStorage &storage = MetadataStorage::shared();
     for (int i = 0; i < cities.size(); ++i) {
-        const QString path = QStringLiteral("/combined/%1-%2.jpg").arg(prefix).arg(i);
+        const QString path = u"/combined/%1-%2.jpg"_s.arg(prefix).arg(i);
         if (cities.at(i))
-            storage.store(path, MetadataSource::ExifToolGeneric, QStringLiteral("City"),
-                          *cities.at(i));
-        storage.store(path, MetadataSource::ExifToolGeneric, QStringLiteral("retrieved"), true);
+            storage.store(path, MetadataSource::ExifToolGeneric, u"City"_s, *cities.at(i));
+        storage.store(path, MetadataSource::ExifToolGeneric, u"retrieved"_s, true);
         nodes << FileNode::create(path.section(QLatin1Char('/'), -1), path, QString());
     }
     return nodes;
@@ -44,14 +45,14 @@ void tst_MultiNodeCombinedValuesRequest::combinations_data()
     QTest::addColumn<QStringList>("values");
     QTest::addColumn<bool>("missing");
     using V = QList<std::optional<QString>>;
-    const auto a = std::optional<QString>(QStringLiteral("a"));
-    const auto b = std::optional<QString>(QStringLiteral("b"));
+    const auto a = std::optional(u"a"_s);
+    const auto b = std::optional(u"b"_s);
     QTest::newRow("same with a gap")
         << V {a, a, std::nullopt} << int(CombinedValuesWrapper::Kind::SingleValue)
-        << QStringList {QStringLiteral("a")} << true;
+        << QStringList {u"a"_s} << true;
     QTest::newRow("distinct in first order")
         << V {b, a, b} << int(CombinedValuesWrapper::Kind::MultipleValues)
-        << QStringList {QStringLiteral("b"), QStringLiteral("a")} << false;
+        << QStringList {u"b"_s, u"a"_s} << false;
     QTest::newRow("none") << V {std::nullopt, std::nullopt}
                           << int(CombinedValuesWrapper::Kind::NoValue) << QStringList() << false;
     QTest::newRow("no nodes") << V {} << int(CombinedValuesWrapper::Kind::NoValue) << QStringList()
@@ -63,10 +64,9 @@ void tst_MultiNodeCombinedValuesRequest::combinations()
     QFETCH(QList<std::optional<QString>>, cities);
     const QList<NodePtr> nodes
         = nodesWithCities(QString::fromLatin1(QTest::currentDataTag()), cities);
-    auto request = MultiNodeCombinedValuesRequest::create(nodes, QStringLiteral("City"),
+    auto request = MultiNodeCombinedValuesRequest::create(nodes, u"City"_s,
                                                           MetadataSource::ExifToolGeneric, [] {});
-    const CombinedValuesWrapper combined
-        = request->combinedDisplayStringWrapper(QStringLiteral("City"));
+    const CombinedValuesWrapper combined = request->combinedDisplayStringWrapper(u"City"_s);
     QTEST(int(combined.kind), "kind");
     QTEST(combined.values, "values");
     QTEST(combined.someValuesMissing, "missing");
@@ -76,7 +76,7 @@ void tst_MultiNodeCombinedValuesRequest::emptyListCallsBackOnTheNextTurn()
 {
     int calls = 0;
     auto request = MultiNodeCombinedValuesRequest::create(
-        {}, QStringLiteral("City"), MetadataSource::ExifToolGeneric, [&] { ++calls; });
+        {}, u"City"_s, MetadataSource::ExifToolGeneric, [&] { ++calls; });
     QCOMPARE(calls, 0);
     QVERIFY(TestSupport::waitUntil([&] { return calls == 1; }));
     QTest::qWait(20);
@@ -86,9 +86,9 @@ void tst_MultiNodeCombinedValuesRequest::emptyListCallsBackOnTheNextTurn()
 void tst_MultiNodeCombinedValuesRequest::readyDataCallsBackInsideCreate()
 {
     int calls = 0;
-    auto request = MultiNodeCombinedValuesRequest::create(
-        nodesWithCities(QStringLiteral("ready"), {QStringLiteral("x")}), QStringLiteral("City"),
-        MetadataSource::ExifToolGeneric, [&] { ++calls; });
+    auto request
+        = MultiNodeCombinedValuesRequest::create(nodesWithCities(u"ready"_s, {u"x"_s}), u"City"_s,
+                                                 MetadataSource::ExifToolGeneric, [&] { ++calls; });
     QCOMPARE(calls, 1);
 }
 
@@ -97,11 +97,11 @@ void tst_MultiNodeCombinedValuesRequest::waitingNodesCallBackOnceWhenTheLastArri
     // Unread files: their basic information is read in the background.
     QList<NodePtr> nodes;
     for (int i = 0; i < 5; ++i) {
-        const QString path = QStringLiteral("/combined/unread-%1.jpg").arg(i);
+        const QString path = u"/combined/unread-%1.jpg"_s.arg(i);
         nodes << FileNode::create(path.section(QLatin1Char('/'), -1), path, QString());
     }
     int calls = 0;
-    auto request = MultiNodeCombinedValuesRequest::create(nodes, QStringLiteral("size_in_kb"),
+    auto request = MultiNodeCombinedValuesRequest::create(nodes, u"size_in_kb"_s,
                                                           MetadataSource::Basic, [&] { ++calls; });
     QCOMPARE(calls, 0);
     QVERIFY(TestSupport::waitUntil([&] { return calls == 1; }));
@@ -111,7 +111,7 @@ void tst_MultiNodeCombinedValuesRequest::waitingNodesCallBackOnceWhenTheLastArri
     QTest::qWait(30);
     QCOMPARE(calls, 1);
     // The files do not exist, so no node has a value.
-    QCOMPARE(request->combinedDisplayStringWrapper(QStringLiteral("size_in_kb")).kind,
+    QCOMPARE(request->combinedDisplayStringWrapper(u"size_in_kb"_s).kind,
              CombinedValuesWrapper::Kind::NoValue);
 }
 
