@@ -140,17 +140,17 @@ void tst_CSVOutputOperation::leadingDecimal()
 
 void tst_CSVOutputOperation::runsOnTheEngineQueueAndMakesNoText()
 {
+    const auto storePosition = [&](const NodePtr &node, const auto &latitude) {
+        m_files.store(node, MetadataSource::ImageIO, u"gps_latitude"_s, latitude);
+        m_files.store(node, MetadataSource::ImageIO, u"gps_latitude_ref"_s, u"N"_s);
+        m_files.store(node, MetadataSource::ImageIO, u"gps_longitude"_s, u"2.5"_s);
+        m_files.store(node, MetadataSource::ImageIO, u"gps_longitude_ref"_s, u"E"_s);
+    };
     const NodePtr placed = m_files.file(u"placed.jpg"_s);
-    m_files.store(placed, MetadataSource::ImageIO, u"gps_latitude"_s, u"1.5"_s);
-    m_files.store(placed, MetadataSource::ImageIO, u"gps_latitude_ref"_s, u"N"_s);
-    m_files.store(placed, MetadataSource::ImageIO, u"gps_longitude"_s, u"2.5"_s);
-    m_files.store(placed, MetadataSource::ImageIO, u"gps_longitude_ref"_s, u"E"_s);
+    storePosition(placed, u"1.5"_s);
     // A number where text is expected: skipped.
     const NodePtr odd = m_files.file(u"odd.jpg"_s);
-    m_files.store(odd, MetadataSource::ImageIO, u"gps_latitude"_s, qint64(1));
-    m_files.store(odd, MetadataSource::ImageIO, u"gps_latitude_ref"_s, u"N"_s);
-    m_files.store(odd, MetadataSource::ImageIO, u"gps_longitude"_s, u"2.5"_s);
-    m_files.store(odd, MetadataSource::ImageIO, u"gps_longitude_ref"_s, u"E"_s);
+    storePosition(odd, qint64(1));
 
     auto engine = OutputEngine::create(nullptr);
     InstalledMap installed;

@@ -116,9 +116,6 @@ void tst_OutputFormatType::fileTypes_data()
                                 << QString() << QString();
     QTest::newRow("spreadsheet form") << int(OutputFormatIndexEnum::CopyToExcel)
                                       << QStringList {u"tsv"_s, u"txt"_s} << QString() << QString();
-    QTest::newRow("HTML editor form")
-        << int(OutputFormatIndexEnum::CopyToHTML) << QStringList {u"html"_s, u"htm"_s} << QString()
-        << QString();
 }
 
 void tst_OutputFormatType::fileTypes()
