@@ -12,7 +12,6 @@ class tst_TagManager : public QObject
     Q_OBJECT
 
 private slots:
-    void categoryLists();
     void displayName_data();
     void displayName();
     void sourceForKey_data();
@@ -22,22 +21,7 @@ private slots:
     void descriptiveGroupsFollowTheCategoryLists();
     void divergenceFlagKey_data();
     void divergenceFlagKey();
-    void abbreviations();
 };
-
-void tst_TagManager::categoryLists()
-{
-    const TagManager &tags = TagManager::shared();
-    QCOMPARE(
-        tags.columnIDsByCategory().at(5),
-        (QStringList {u"City"_s, u"XMPCity"_s, u"Country"_s, u"XMPCountry"_s, u"Province-State"_s,
-                      u"XMPState"_s, u"Sub-location"_s, u"XMPLocation"_s}));
-
-    const QStringList categories
-        = {u"Basic"_s, u"Size"_s, u"-"_s, u"EXIF"_s, u"GPS"_s, u"-"_s, u"IPTC"_s};
-    QCOMPARE(tags.localizedTagCategories(), categories);
-    QCOMPARE(tags.localizedBriefTagCategories(), categories);
-}
 
 void tst_TagManager::displayName_data()
 {
@@ -168,15 +152,6 @@ void tst_TagManager::divergenceFlagKey()
     QFETCH(QString, column);
     QFETCH(std::optional<QString>, flag);
     QCOMPARE(TagManager::divergenceFlagKey(column), flag);
-}
-
-void tst_TagManager::abbreviations()
-{
-    QCOMPARE(TagManager::localizedAbbreviation(Space::Basic), std::optional<QString>());
-    QCOMPARE(TagManager::localizedAbbreviation(Space::Size), std::optional<QString>());
-    QCOMPARE(TagManager::localizedAbbreviation(Space::EXIF), std::optional(u"EXIF"_s));
-    QCOMPARE(TagManager::localizedAbbreviation(Space::GPS), std::optional(u"GPS"_s));
-    QCOMPARE(TagManager::localizedAbbreviation(Space::IPTC), std::optional(u"IPTC"_s));
 }
 
 QTEST_GUILESS_MAIN(tst_TagManager)
