@@ -9,6 +9,8 @@
 using ReaderFixtures::mismatches;
 using ReaderFixtures::stringOf;
 
+using namespace Qt::StringLiterals;
+
 class tst_AVKitHelper : public QObject
 {
     Q_OBJECT
@@ -173,9 +175,8 @@ void tst_AVKitHelper::id3KeyWithTrailingNulKeepsThreeCharacters_data()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("four letters") << "TALB"
-                                  << "TALB";
-    QTest::newRow("trailing NUL") << QString("TAL") + QChar(0) << "TAL";
+    QTest::newRow("four letters") << u"TALB"_s << u"TALB"_s;
+    QTest::newRow("trailing NUL") << QString("TAL") + QChar(0) << u"TAL"_s;
     QTest::newRow("NUL inside only")
         << QString("TA") + QChar(0) + "B" << QString("TA") + QChar(0) + "B";
 }

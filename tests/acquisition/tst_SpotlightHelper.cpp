@@ -13,6 +13,8 @@ using ReaderFixtures::stringOf;
 
 #include <sys/xattr.h>
 
+using namespace Qt::StringLiterals;
+
 class tst_SpotlightHelper : public QObject
 {
     Q_OBJECT
@@ -153,41 +155,28 @@ void tst_SpotlightHelper::numbersFollowTheirRoundingPolicy_data()
     QTest::addColumn<QString>("humanReadable");
 
     QTest::newRow("duration rounded, readable form from the unrounded seconds")
-        << "DurationSeconds" << QVariant(59.96) << "duration"
-        << "60"
-        << "59 seconds";
-    QTest::newRow("duration of hours") << "DurationSeconds" << QVariant(3725.25) << "duration"
-                                       << "3725.2"
-                                       << "1 hour, 2 minutes";
+        << u"DurationSeconds"_s << QVariant(59.96) << u"duration"_s << u"60"_s << u"59 seconds"_s;
+    QTest::newRow("duration of hours") << u"DurationSeconds"_s << QVariant(3725.25) << u"duration"_s
+                                       << u"3725.2"_s << u"1 hour, 2 minutes"_s;
     QTest::newRow("tie below goes down to the even digit")
-        << "DurationSeconds" << QVariant(0.45) << "duration"
-        << "0.4"
-        << "0 seconds";
-    QTest::newRow("above the tie goes up") << "DurationSeconds" << QVariant(0.4501) << "duration"
-                                           << "0.5"
-                                           << "0 seconds";
-    QTest::newRow("carry into the whole part") << "DurationSeconds" << QVariant(9.96) << "duration"
-                                               << "10"
-                                               << "9 seconds";
+        << u"DurationSeconds"_s << QVariant(0.45) << u"duration"_s << u"0.4"_s << u"0 seconds"_s;
+    QTest::newRow("above the tie goes up")
+        << u"DurationSeconds"_s << QVariant(0.4501) << u"duration"_s << u"0.5"_s << u"0 seconds"_s;
+    QTest::newRow("carry into the whole part")
+        << u"DurationSeconds"_s << QVariant(9.96) << u"duration"_s << u"10"_s << u"9 seconds"_s;
     QTest::newRow("integer pixel height has no fraction")
-        << "PixelHeight" << QVariant(qint64(1080)) << "pixelheight"
-        << "1080"
-        << "<absent>";
-    QTest::newRow("double is not rounded elsewhere") << "FNumber" << QVariant(2.83) << "fnumber"
-                                                     << "2.83"
-                                                     << "<absent>";
+        << u"PixelHeight"_s << QVariant(qint64(1080)) << u"pixelheight"_s << u"1080"_s
+        << u"<absent>"_s;
+    QTest::newRow("double is not rounded elsewhere")
+        << u"FNumber"_s << QVariant(2.83) << u"fnumber"_s << u"2.83"_s << u"<absent>"_s;
     QTest::newRow("integer duration is stored without a readable form")
-        << "DurationSeconds" << QVariant(qint64(90)) << "duration"
-        << "90"
-        << "<absent>";
+        << u"DurationSeconds"_s << QVariant(qint64(90)) << u"duration"_s << u"90"_s
+        << u"<absent>"_s;
     QTest::newRow("text where a number belongs is skipped")
-        << "Latitude" << QVariant(QStringLiteral("48.1")) << "latitude"
-        << "<absent>"
-        << "<absent>";
+        << u"Latitude"_s << QVariant(QStringLiteral("48.1")) << u"latitude"_s << u"<absent>"_s
+        << u"<absent>"_s;
     QTest::newRow("number where text belongs is skipped")
-        << "Title" << QVariant(qint64(12)) << "title"
-        << "<absent>"
-        << "<absent>";
+        << u"Title"_s << QVariant(qint64(12)) << u"title"_s << u"<absent>"_s << u"<absent>"_s;
 }
 
 void tst_SpotlightHelper::numbersFollowTheirRoundingPolicy()
@@ -208,13 +197,13 @@ void tst_SpotlightHelper::durationsReadAsDaysHoursAndMinutes_data()
 {
     QTest::addColumn<double>("seconds");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("nothing") << 0.0 << "0 seconds";
-    QTest::newRow("one second") << 1.9 << "1 second";
-    QTest::newRow("one minute, seconds dropped") << 61.0 << "1 minute";
-    QTest::newRow("one hour") << 3600.0 << "1 hour";
-    QTest::newRow("all three") << 90061.0 << "1 day, 1 hour, 1 minute";
-    QTest::newRow("plurals") << 2 * 86400.0 + 7200 + 180 << "2 days, 2 hours, 3 minutes";
-    QTest::newRow("negative") << -5.0 << "0 seconds";
+    QTest::newRow("nothing") << 0.0 << u"0 seconds"_s;
+    QTest::newRow("one second") << 1.9 << u"1 second"_s;
+    QTest::newRow("one minute, seconds dropped") << 61.0 << u"1 minute"_s;
+    QTest::newRow("one hour") << 3600.0 << u"1 hour"_s;
+    QTest::newRow("all three") << 90061.0 << u"1 day, 1 hour, 1 minute"_s;
+    QTest::newRow("plurals") << 2 * 86400.0 + 7200 + 180 << u"2 days, 2 hours, 3 minutes"_s;
+    QTest::newRow("negative") << -5.0 << u"0 seconds"_s;
 }
 
 void tst_SpotlightHelper::durationsReadAsDaysHoursAndMinutes()

@@ -220,16 +220,15 @@ void tst_BuildDirective::fatalStops_data()
     QTest::addColumn<QString>("scenario");
     QTest::addColumn<QString>("message");
     QTest::newRow("declining root with children")
-        << "decliningRoot"
-        << "[BuildDirective].buildNode child views have no parent!";
+        << u"decliningRoot"_s << u"[BuildDirective].buildNode child views have no parent!"_s;
     QTest::newRow("scroll without clip")
-        << "scrollWithoutClip"
-        << "ScrollView Directive needs to have ClipView Directive as first child";
-    QTest::newRow("clip outside scroll") << "clipOutsideScroll"
-                                         << "clip view is not inside of scroll view! ";
+        << u"scrollWithoutClip"_s
+        << u"ScrollView Directive needs to have ClipView Directive as first child"_s;
+    QTest::newRow("clip outside scroll")
+        << u"clipOutsideScroll"_s << u"clip view is not inside of scroll view! "_s;
     QTest::newRow("neither leaf nor container")
-        << "shapeless"
-        << "cannot build view because directive is neither leaf nor container creating";
+        << u"shapeless"_s
+        << u"cannot build view because directive is neither leaf nor container creating"_s;
 }
 
 // Each scenario runs in a child process of this test, which must stop with the message.

@@ -289,13 +289,12 @@ void tst_LayoutRecipes::fatalStops_data()
 {
     QTest::addColumn<QString>("scenario");
     QTest::addColumn<QString>("message");
-    QTest::newRow("shorthand as attribute") << "belowAsAttribute"
-                                            << "shorthands without an attribute";
-    QTest::newRow("unresolved tag") << "unresolved"
-                                    << "could not resolve item: Tag 'ghost'";
+    QTest::newRow("shorthand as attribute")
+        << u"belowAsAttribute"_s << u"shorthands without an attribute"_s;
+    QTest::newRow("unresolved tag") << u"unresolved"_s << u"could not resolve item: Tag 'ghost'"_s;
     QTest::newRow("block over a guide")
-        << "blockOverGuide"
-        << "Block directive requires a view, not a layout guide: Tag 'guide'";
+        << u"blockOverGuide"_s
+        << u"Block directive requires a view, not a layout guide: Tag 'guide'"_s;
 }
 
 void tst_LayoutRecipes::fatalStops()
