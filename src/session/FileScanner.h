@@ -31,6 +31,19 @@ public:
     std::atomic_bool isSorting = false;
 
 private:
+    enum class Kind { File, Folder };
+    // The nodes of one folder whose reads are not queued yet. They share their folder's
+    // strings, and their reads are queued together rather than one at a time.
+    struct FolderBatch
+    {
+        void add(FileScanner &scanner, Kind kind, const QString &name, const QString &path,
+                 const QString &relativePath);
+        void scheduleReads();
+
+        const Node *sibling = nullptr;
+        QList<NodePtr> unscheduled;
+    };
+
     void walk(const QByteArray &folder, const QString &relativeFolder, IncludeFiles includeFiles,
               IncludeFolders includeFolders, const QString &sourcePath);
 };

@@ -17,6 +17,7 @@
 #include <optional>
 
 class Node;
+class Operation;
 using NodePtr = std::shared_ptr<Node>;
 
 enum class NodeComparisonResult { aBeforeB, bBeforeA, tie };
@@ -75,10 +76,18 @@ public:
     static QString formatDisplayDate(const QDateTime &date);
     static QDateTime distantPast();
 
+    // Queues the first metadata read of each node, in order, in one go. The scanner makes the
+    // nodes of a folder without their reads and hands them over here.
+    static void scheduleInitialReads(const QList<NodePtr> &nodes);
+
 protected:
-    Node(const QString &name, const QString &absolutePath, const QString &relativePath);
+    // sameFolder, when given, is a node of the same folder: its folder strings are shared
+    // instead of derived again.
+    Node(const QString &name, const QString &absolutePath, const QString &relativePath,
+         const Node *sameFolder);
     // Starts the node's first metadata read; called by the factories once the node is shared.
     void scheduleInitialRead();
+    static std::shared_ptr<Operation> initialReadOperation(const NodePtr &node);
 
 private:
     std::optional<MetadataSource> sourceForKey(const QString &key) const;
@@ -92,33 +101,60 @@ private:
     mutable std::atomic_bool m_tagsComputed = false;
     mutable std::optional<QString> m_tags;
 
-    // Owned by dataReadyObserverListLock: dataReadyObservers.
+    // Owned by dataReadyObserverListLock: dataReadyObservers. Made on the first registration:
+    // most nodes never get an observer, and an absent list is an empty one.
+    using ObserverLists
+        = std::array<QList<WeakDataIsReadyObserverReference>, MetadataSources::count>;
     mutable std::mutex dataReadyObserverListLock;
-    std::array<QList<WeakDataIsReadyObserverReference>, MetadataSources::count> dataReadyObservers;
+    std::unique_ptr<ObserverLists> dataReadyObservers;
 };
 
 class FileNode final : public Node
 {
+    struct Key
+    {
+        explicit Key() = default;
+    };
+
 public:
     static std::shared_ptr<FileNode> create(const QString &name, const QString &absolutePath,
                                             const QString &relativePath);
+    // The node alone: its first read is left to the caller, see scheduleInitialReads.
+    static std::shared_ptr<FileNode> createWithoutRead(const QString &name,
+                                                       const QString &absolutePath,
+                                                       const QString &relativePath,
+                                                       const Node *sameFolder);
     Kind kind() const override { return Kind::File; }
 
-private:
-    using Node::Node;
+    // Public for make_shared only; the key keeps it to the factories.
+    FileNode(Key, const QString &name, const QString &absolutePath, const QString &relativePath,
+             const Node *sameFolder)
+        : Node(name, absolutePath, relativePath, sameFolder)
+    { }
 };
 
 // A folder item; the scan as the engine drives it never makes one.
 class FolderNode final : public Node
 {
+    struct Key
+    {
+        explicit Key() = default;
+    };
+
 public:
     static std::shared_ptr<FolderNode> create(const QString &name, const QString &absolutePath,
                                               const QString &relativePath);
+    static std::shared_ptr<FolderNode> createWithoutRead(const QString &name,
+                                                         const QString &absolutePath,
+                                                         const QString &relativePath,
+                                                         const Node *sameFolder);
     Kind kind() const override { return Kind::Folder; }
     QList<NodePtr> contents;
 
-private:
-    using Node::Node;
+    FolderNode(Key, const QString &name, const QString &absolutePath, const QString &relativePath,
+               const Node *sameFolder)
+        : Node(name, absolutePath, relativePath, sameFolder)
+    { }
 };
 
 // An empty marker in the hierarchy; nothing creates one.
