@@ -124,12 +124,18 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
 void FileScanner::FolderBatch::add(FileScanner &scanner, Kind kind, const QString &name,
                                    const QString &path, const QString &relativePath)
 {
+    auto namesake = scanner.m_firstNodeOfName.find(QStringView(name));
+    const NodeRelatives relatives {
+        sibling, namesake == scanner.m_firstNodeOfName.end() ? nullptr : namesake->second};
     NodePtr node;
     if (kind == Kind::File)
-        node = FileNode::createWithoutRead(name, path, relativePath, sibling);
+        node = FileNode::createWithoutRead(name, path, relativePath, relatives);
     else
-        node = FolderNode::createWithoutRead(name, path, relativePath, sibling);
+        node = FolderNode::createWithoutRead(name, path, relativePath, relatives);
     sibling = node.get();
+    // Keyed by the node's own name, which lives as long as the scanner's list.
+    if (!relatives.sameName)
+        scanner.m_firstNodeOfName.emplace(QStringView(node->name), node.get());
     scanner.flatFileList.files.append(node);
     ++scanner.currentTotalItemsScanned;
     unscheduled.append(std::move(node));

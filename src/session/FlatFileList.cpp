@@ -1,5 +1,9 @@
 #include "FlatFileList.h"
 
+#include "TextHash.h"
+
+#include <QHash>
+
 #include <algorithm>
 #include <numeric>
 #include <unordered_map>
@@ -24,11 +28,6 @@ const QString *textKeyOf(const Node &node, SortMode mode)
     }
 }
 
-struct TextHash
-{
-    size_t operator()(QStringView text) const noexcept { return qHash(text); }
-};
-
 // Stable order by a text key for the modes that need no reads. Equal texts share one rank:
 // names repeat across folders (every folder has its IMG_0001), so only the distinct texts are
 // compared, and the items then fall into place by rank in a single pass that keeps their order.
@@ -36,15 +35,30 @@ QList<NodePtr> sortedByText(QList<NodePtr> files, SortMode firstSortMode, SortMo
                             bool secondReads)
 {
     const auto count = size_t(files.size());
+    // Nodes of the same name share its strings, so for the name modes most items are told apart
+    // by the address of their text alone; only the distinct addresses are hashed by content.
+    const SortMode key = SortMode(int(firstSortMode) & ~1);
+    const bool namesShared = key != SortMode::absolutePathAscending;
+    QHash<const QChar *, quint32> idOfAddress;
     std::unordered_map<QStringView, quint32, TextHash> idOfText;
     std::vector<const QString *> texts;
     std::vector<quint32> idOfItem(count);
-    for (size_t i = 0; i < count; ++i) {
-        const QString *text = textKeyOf(*files.at(qsizetype(i)), firstSortMode);
+    const auto idOfContent = [&](const QString *text) {
         const auto [found, added] = idOfText.try_emplace(QStringView(*text), quint32(texts.size()));
         if (added)
             texts.push_back(text);
-        idOfItem[i] = found->second;
+        return found->second;
+    };
+    for (size_t i = 0; i < count; ++i) {
+        const QString *text = textKeyOf(*files.at(qsizetype(i)), firstSortMode);
+        if (!namesShared) {
+            idOfItem[i] = idOfContent(text);
+            continue;
+        }
+        auto found = idOfAddress.find(text->constData());
+        if (found == idOfAddress.end())
+            found = idOfAddress.insert(text->constData(), idOfContent(text));
+        idOfItem[i] = *found;
     }
 
     // Case-folded texts compared code unit by code unit order as a case-insensitive comparison

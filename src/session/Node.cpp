@@ -65,18 +65,22 @@ DisplayStringWrapper gpsAvailabilityText(const WrappedMetaDataValue &value)
 } // namespace
 
 Node::Node(const QString &name, const QString &absolutePath, const QString &relativePath,
-           const Node *sameFolder)
-    : name(name)
-    , smartName(StringHelpers::stringByExpandingAllNumberGroups(name))
+           NodeRelatives relatives)
+    : name(relatives.sameName ? relatives.sameName->name : name)
+    , smartName(relatives.sameName ? relatives.sameName->smartName
+                                   : StringHelpers::stringByExpandingAllNumberGroups(name))
     , absolutePath(absolutePath)
-    , fileName(deletingPathExtension(name))
-    , fileNameUpToFirstPeriod(upToFirstPeriod(name, fileName))
-    , parent(sameFolder ? sameFolder->parent : parentFolderName(absolutePath))
-    , absoluteParentPath(sameFolder ? sameFolder->absoluteParentPath
-                                    : StringHelpers::deletingLastPathComponent(absolutePath))
+    , fileName(relatives.sameName ? relatives.sameName->fileName : deletingPathExtension(name))
+    , fileNameUpToFirstPeriod(relatives.sameName ? relatives.sameName->fileNameUpToFirstPeriod
+                                                 : upToFirstPeriod(name, fileName))
+    , parent(relatives.sameFolder ? relatives.sameFolder->parent : parentFolderName(absolutePath))
+    , absoluteParentPath(relatives.sameFolder
+                             ? relatives.sameFolder->absoluteParentPath
+                             : StringHelpers::deletingLastPathComponent(absolutePath))
     , relativePath(relativePath)
 {
-    Q_ASSERT(!sameFolder
+    Q_ASSERT(!relatives.sameName || relatives.sameName->name == name);
+    Q_ASSERT(!relatives.sameFolder
              || absoluteParentPath == StringHelpers::deletingLastPathComponent(absolutePath));
 }
 
@@ -113,7 +117,7 @@ void Node::scheduleInitialReads(const QList<NodePtr> &nodes)
 std::shared_ptr<FileNode> FileNode::create(const QString &name, const QString &absolutePath,
                                            const QString &relativePath)
 {
-    auto node = createWithoutRead(name, absolutePath, relativePath, nullptr);
+    auto node = createWithoutRead(name, absolutePath, relativePath, {});
     node->scheduleInitialRead();
     return node;
 }
@@ -121,15 +125,15 @@ std::shared_ptr<FileNode> FileNode::create(const QString &name, const QString &a
 std::shared_ptr<FileNode> FileNode::createWithoutRead(const QString &name,
                                                       const QString &absolutePath,
                                                       const QString &relativePath,
-                                                      const Node *sameFolder)
+                                                      NodeRelatives relatives)
 {
-    return std::make_shared<FileNode>(Key(), name, absolutePath, relativePath, sameFolder);
+    return std::make_shared<FileNode>(Key(), name, absolutePath, relativePath, relatives);
 }
 
 std::shared_ptr<FolderNode> FolderNode::create(const QString &name, const QString &absolutePath,
                                                const QString &relativePath)
 {
-    auto node = createWithoutRead(name, absolutePath, relativePath, nullptr);
+    auto node = createWithoutRead(name, absolutePath, relativePath, {});
     node->scheduleInitialRead();
     return node;
 }
@@ -137,9 +141,9 @@ std::shared_ptr<FolderNode> FolderNode::create(const QString &name, const QStrin
 std::shared_ptr<FolderNode> FolderNode::createWithoutRead(const QString &name,
                                                           const QString &absolutePath,
                                                           const QString &relativePath,
-                                                          const Node *sameFolder)
+                                                          NodeRelatives relatives)
 {
-    return std::make_shared<FolderNode>(Key(), name, absolutePath, relativePath, sameFolder);
+    return std::make_shared<FolderNode>(Key(), name, absolutePath, relativePath, relatives);
 }
 
 std::optional<QString> Node::tags() const

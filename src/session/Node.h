@@ -8,12 +8,12 @@
 
 #include <QDateTime>
 #include <QList>
+#include <QMutex>
 #include <QString>
 
 #include <array>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 class Node;
@@ -21,6 +21,14 @@ class Operation;
 using NodePtr = std::shared_ptr<Node>;
 
 enum class NodeComparisonResult { aBeforeB, bBeforeA, tie };
+
+// Nodes whose strings a new node shares instead of deriving them again: one in the same folder
+// (parent, absoluteParentPath) and one with the same name (name and the names derived from it).
+struct NodeRelatives
+{
+    const Node *sameFolder = nullptr;
+    const Node *sameName = nullptr;
+};
 
 // One item of the working list: a file the user added, directly or through a folder. It holds
 // what follows from its path; every other value lives in the metadata store under its path,
@@ -81,10 +89,8 @@ public:
     static void scheduleInitialReads(const QList<NodePtr> &nodes);
 
 protected:
-    // sameFolder, when given, is a node of the same folder: its folder strings are shared
-    // instead of derived again.
     Node(const QString &name, const QString &absolutePath, const QString &relativePath,
-         const Node *sameFolder);
+         NodeRelatives relatives);
     // Starts the node's first metadata read; called by the factories once the node is shared.
     void scheduleInitialRead();
     static std::shared_ptr<Operation> initialReadOperation(const NodePtr &node);
@@ -94,7 +100,8 @@ private:
     bool sourceHasBeenRead(MetadataSource source) const;
     WrappedMetaDataValue storedValueReadingNow(const QString &key, MetadataSource source) const;
 
-    mutable std::mutex smartPathLock;
+    // Pointer-sized locks: a scan makes a node per file.
+    mutable QMutex smartPathLock;
     mutable std::optional<QString> m_smartAbsolutePath;
 
     // tags: computed lazily without a lock; a race merely computes it twice.
@@ -105,7 +112,7 @@ private:
     // most nodes never get an observer, and an absent list is an empty one.
     using ObserverLists
         = std::array<QList<WeakDataIsReadyObserverReference>, MetadataSources::count>;
-    mutable std::mutex dataReadyObserverListLock;
+    mutable QMutex dataReadyObserverListLock;
     std::unique_ptr<ObserverLists> dataReadyObservers;
 };
 
@@ -123,13 +130,13 @@ public:
     static std::shared_ptr<FileNode> createWithoutRead(const QString &name,
                                                        const QString &absolutePath,
                                                        const QString &relativePath,
-                                                       const Node *sameFolder);
+                                                       NodeRelatives relatives);
     Kind kind() const override { return Kind::File; }
 
     // Public for make_shared only; the key keeps it to the factories.
     FileNode(Key, const QString &name, const QString &absolutePath, const QString &relativePath,
-             const Node *sameFolder)
-        : Node(name, absolutePath, relativePath, sameFolder)
+             NodeRelatives relatives)
+        : Node(name, absolutePath, relativePath, relatives)
     { }
 };
 
@@ -147,13 +154,13 @@ public:
     static std::shared_ptr<FolderNode> createWithoutRead(const QString &name,
                                                          const QString &absolutePath,
                                                          const QString &relativePath,
-                                                         const Node *sameFolder);
+                                                         NodeRelatives relatives);
     Kind kind() const override { return Kind::Folder; }
     QList<NodePtr> contents;
 
     FolderNode(Key, const QString &name, const QString &absolutePath, const QString &relativePath,
-               const Node *sameFolder)
-        : Node(name, absolutePath, relativePath, sameFolder)
+               NodeRelatives relatives)
+        : Node(name, absolutePath, relativePath, relatives)
     { }
 };
 

@@ -178,8 +178,8 @@ void tst_FileScanner::walkedNodesMatchNodesMadeAlone()
     QCOMPARE(scanner.flatFileList.files.size(), 17);
     DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     for (const NodePtr &node : scanner.flatFileList.files) {
-        const NodePtr alone = FileNode::createWithoutRead(node->name, node->absolutePath,
-                                                          node->relativePath, nullptr);
+        const NodePtr alone
+            = FileNode::createWithoutRead(node->name, node->absolutePath, node->relativePath, {});
         const QString at = node->absolutePath;
         QCOMPARE(node->name, at.section(QLatin1Char('/'), -1));
         QCOMPARE(node->smartName, alone->smartName);
