@@ -89,6 +89,26 @@ void OperationQueue::addOperation(OperationPtr operation)
     d->wake.notify_one();
 }
 
+void OperationQueue::addOperations(const QList<OperationPtr> &operations)
+{
+    if (operations.isEmpty())
+        return;
+    int newWorkers = 0;
+    {
+        std::lock_guard lock(d->mutex);
+        for (const OperationPtr &operation : operations) {
+            Q_ASSERT(operation);
+            d->insertWaiting(operation);
+        }
+        const int wanted = std::min(d->width, int(d->running.size() + d->waiting.size()));
+        newWorkers = std::max(0, wanted - d->workers);
+        d->workers += newWorkers;
+    }
+    for (int i = 0; i < newWorkers; ++i)
+        std::thread([impl = d] { impl->workerLoop(); }).detach();
+    d->wake.notify_all();
+}
+
 void OperationQueue::addOperation(std::function<void()> block)
 {
     addOperation(std::make_shared<BlockOperation>(std::move(block)));

@@ -35,6 +35,8 @@ public:
 
     void addOperation(OperationPtr operation);
     void addOperation(std::function<void()> block);
+    // Adds the operations in order, as many addOperation calls would, under one lock.
+    void addOperations(const QList<OperationPtr> &operations);
     void cancelAllOperations();
 
     // Running operations first (in start order), then waiting ones in the order they will start.

@@ -54,14 +54,27 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
     DIR *directory = ::opendir(folder.constData());
     if (!directory)
         return;
+    // Every item of this folder is prefix + name, and its path on disk childPath + name.
+    QString prefix = joinPath(sourcePath, relativeFolder);
+    if (!prefix.isEmpty() && !prefix.endsWith(QLatin1Char('/')))
+        prefix += QLatin1Char('/');
+    QByteArray childPath = folder;
+    if (!childPath.endsWith('/'))
+        childPath += '/';
+    const qsizetype childPathBase = childPath.size();
+    FolderBatch batch;
+
     while (const dirent *entry = ::readdir(directory)) {
         const char *rawName = entry->d_name;
         if (rawName[0] == '.' && (rawName[1] == 0 || (rawName[1] == '.' && rawName[2] == 0)))
             continue;
-        const QByteArray childPath
-            = folder.endsWith('/') ? folder + rawName : folder + '/' + rawName;
+        childPath.truncate(childPathBase);
+        childPath += rawName;
         const QString name = QFile::decodeName(rawName);
-        const QString fullPath = joinPath(sourcePath, joinPath(relativeFolder, name));
+        QString fullPath;
+        fullPath.reserve(prefix.size() + name.size());
+        fullPath += prefix;
+        fullPath += name;
 
         unsigned char type = entry->d_type;
         if (type == DT_UNKNOWN) {
@@ -76,12 +89,14 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
         if (isRealFolder && !hidden && FileAttributes::isFilePackage(fullPath)) {
             // A package counts as a file, and nothing inside it is listed.
             if (includeFiles == IncludeFiles::Yes)
-                createOneFile(fullPath, relativeFolder);
+                batch.add(*this, Kind::File, name, fullPath, relativeFolder);
             continue;
         }
         if (isRealFolder) {
             if (!hidden && includeFolders == IncludeFolders::Yes)
-                createOneFolder(fullPath, relativeFolder);
+                batch.add(*this, Kind::Folder, name, fullPath, relativeFolder);
+            // The reads keep the order in which the nodes were made.
+            batch.scheduleReads();
             walk(childPath, joinPath(relativeFolder, name), includeFiles, includeFolders,
                  sourcePath);
             continue;
@@ -93,16 +108,43 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
         if (type == DT_LNK && isDirectoryFollowingLinks(childPath)) {
             if (FileAttributes::isFilePackage(fullPath)) {
                 if (includeFiles == IncludeFiles::Yes)
-                    createOneFile(fullPath, relativeFolder);
+                    batch.add(*this, Kind::File, name, fullPath, relativeFolder);
             } else if (includeFolders == IncludeFolders::Yes) {
-                createOneFolder(fullPath, relativeFolder);
+                batch.add(*this, Kind::Folder, name, fullPath, relativeFolder);
             }
             continue;
         }
         if (includeFiles == IncludeFiles::Yes)
-            createOneFile(fullPath, relativeFolder);
+            batch.add(*this, Kind::File, name, fullPath, relativeFolder);
     }
     ::closedir(directory);
+    batch.scheduleReads();
+}
+
+void FileScanner::FolderBatch::add(FileScanner &scanner, Kind kind, const QString &name,
+                                   const QString &path, const QString &relativePath)
+{
+    auto namesake = scanner.m_firstNodeOfName.find(QStringView(name));
+    const NodeRelatives relatives {
+        sibling, namesake == scanner.m_firstNodeOfName.end() ? nullptr : namesake->second};
+    NodePtr node;
+    if (kind == Kind::File)
+        node = FileNode::createWithoutRead(name, path, relativePath, relatives);
+    else
+        node = FolderNode::createWithoutRead(name, path, relativePath, relatives);
+    sibling = node.get();
+    // Keyed by the node's own name, which lives as long as the scanner's list.
+    if (!relatives.sameName)
+        scanner.m_firstNodeOfName.emplace(QStringView(node->name), node.get());
+    scanner.flatFileList.files.append(node);
+    ++scanner.currentTotalItemsScanned;
+    unscheduled.append(std::move(node));
+}
+
+void FileScanner::FolderBatch::scheduleReads()
+{
+    Node::scheduleInitialReads(unscheduled);
+    unscheduled.clear();
 }
 
 void FileScanner::createOneFile(const QString &path, const QString &relativePath)

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "FlatFileList.h"
+#include "TextHash.h"
 
 #include <QString>
 
 #include <atomic>
+#include <unordered_map>
 
 enum class IncludeFiles { No, Yes };
 enum class IncludeFolders { No, Yes };
@@ -31,6 +33,23 @@ public:
     std::atomic_bool isSorting = false;
 
 private:
+    enum class Kind { File, Folder };
+    // The nodes of one folder whose reads are not queued yet. They share their folder's
+    // strings, and their reads are queued together rather than one at a time.
+    struct FolderBatch
+    {
+        void add(FileScanner &scanner, Kind kind, const QString &name, const QString &path,
+                 const QString &relativePath);
+        void scheduleReads();
+
+        const Node *sibling = nullptr;
+        QList<NodePtr> unscheduled;
+    };
+
+    // The first node made with each name, whose name strings later namesakes share: a name
+    // such as IMG_0001.JPG comes back in folder after folder.
+    std::unordered_map<QStringView, const Node *, TextHash> m_firstNodeOfName;
+
     void walk(const QByteArray &folder, const QString &relativeFolder, IncludeFiles includeFiles,
               IncludeFolders includeFolders, const QString &sourcePath);
 };

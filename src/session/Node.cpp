@@ -19,10 +19,15 @@ QString deletingPathExtension(const QString &name)
     return dot > 0 ? name.left(dot) : name;
 }
 
-QString upToFirstPeriod(const QString &name)
+// With a single extension it is the name without it, so the string already made is shared.
+QString upToFirstPeriod(const QString &name, const QString &withoutExtension)
 {
     const qsizetype dot = name.indexOf(QLatin1Char('.'));
-    return dot < 0 ? name : name.left(dot);
+    if (dot < 0)
+        return name;
+    if (dot > 0 && dot == withoutExtension.size())
+        return withoutExtension;
+    return name.left(dot);
 }
 
 QString parentFolderName(const QString &absolutePath)
@@ -59,16 +64,25 @@ DisplayStringWrapper gpsAvailabilityText(const WrappedMetaDataValue &value)
 
 } // namespace
 
-Node::Node(const QString &name, const QString &absolutePath, const QString &relativePath)
-    : name(name)
-    , smartName(StringHelpers::stringByExpandingAllNumberGroups(name))
+Node::Node(const QString &name, const QString &absolutePath, const QString &relativePath,
+           NodeRelatives relatives)
+    : name(relatives.sameName ? relatives.sameName->name : name)
+    , smartName(relatives.sameName ? relatives.sameName->smartName
+                                   : StringHelpers::stringByExpandingAllNumberGroups(name))
     , absolutePath(absolutePath)
-    , fileName(deletingPathExtension(name))
-    , fileNameUpToFirstPeriod(upToFirstPeriod(name))
-    , parent(parentFolderName(absolutePath))
-    , absoluteParentPath(StringHelpers::deletingLastPathComponent(absolutePath))
+    , fileName(relatives.sameName ? relatives.sameName->fileName : deletingPathExtension(name))
+    , fileNameUpToFirstPeriod(relatives.sameName ? relatives.sameName->fileNameUpToFirstPeriod
+                                                 : upToFirstPeriod(name, fileName))
+    , parent(relatives.sameFolder ? relatives.sameFolder->parent : parentFolderName(absolutePath))
+    , absoluteParentPath(relatives.sameFolder
+                             ? relatives.sameFolder->absoluteParentPath
+                             : StringHelpers::deletingLastPathComponent(absolutePath))
     , relativePath(relativePath)
-{ }
+{
+    Q_ASSERT(!relatives.sameName || relatives.sameName->name == name);
+    Q_ASSERT(!relatives.sameFolder
+             || absoluteParentPath == StringHelpers::deletingLastPathComponent(absolutePath));
+}
 
 QString Node::smartAbsolutePath() const
 {
@@ -78,28 +92,58 @@ QString Node::smartAbsolutePath() const
     return *m_smartAbsolutePath;
 }
 
+OperationPtr Node::initialReadOperation(const NodePtr &node)
+{
+    auto operation = std::make_shared<GetExifToolInformationOperation>(node);
+    operation->setQueuePriority(Operation::Normal);
+    return operation;
+}
+
 void Node::scheduleInitialRead()
 {
     // Reading starts while the scan is still running.
-    auto operation = std::make_shared<GetExifToolInformationOperation>(shared_from_this());
-    operation->setQueuePriority(Operation::Normal);
-    DataCoordinator::shared().queue().addOperation(std::move(operation));
+    DataCoordinator::shared().queue().addOperation(initialReadOperation(shared_from_this()));
+}
+
+void Node::scheduleInitialReads(const QList<NodePtr> &nodes)
+{
+    QList<OperationPtr> operations;
+    operations.reserve(nodes.size());
+    for (const NodePtr &node : nodes)
+        operations.append(initialReadOperation(node));
+    DataCoordinator::shared().queue().addOperations(operations);
 }
 
 std::shared_ptr<FileNode> FileNode::create(const QString &name, const QString &absolutePath,
                                            const QString &relativePath)
 {
-    std::shared_ptr<FileNode> node(new FileNode(name, absolutePath, relativePath));
+    auto node = createWithoutRead(name, absolutePath, relativePath, {});
     node->scheduleInitialRead();
     return node;
+}
+
+std::shared_ptr<FileNode> FileNode::createWithoutRead(const QString &name,
+                                                      const QString &absolutePath,
+                                                      const QString &relativePath,
+                                                      NodeRelatives relatives)
+{
+    return std::make_shared<FileNode>(Key(), name, absolutePath, relativePath, relatives);
 }
 
 std::shared_ptr<FolderNode> FolderNode::create(const QString &name, const QString &absolutePath,
                                                const QString &relativePath)
 {
-    std::shared_ptr<FolderNode> node(new FolderNode(name, absolutePath, relativePath));
+    auto node = createWithoutRead(name, absolutePath, relativePath, {});
     node->scheduleInitialRead();
     return node;
+}
+
+std::shared_ptr<FolderNode> FolderNode::createWithoutRead(const QString &name,
+                                                          const QString &absolutePath,
+                                                          const QString &relativePath,
+                                                          NodeRelatives relatives)
+{
+    return std::make_shared<FolderNode>(Key(), name, absolutePath, relativePath, relatives);
 }
 
 std::optional<QString> Node::tags() const
@@ -263,13 +307,17 @@ void Node::addDataObserver(const std::shared_ptr<DataIsReadyObserver> &observer,
     if (!source)
         return;
     std::lock_guard lock(dataReadyObserverListLock);
-    dataReadyObservers[size_t(*source)].append({observer});
+    if (!dataReadyObservers)
+        dataReadyObservers = std::make_unique<ObserverLists>();
+    (*dataReadyObservers)[size_t(*source)].append({observer});
 }
 
 void Node::remove(const DataIsReadyObserver *observer, MetadataSource source)
 {
     std::lock_guard lock(dataReadyObserverListLock);
-    QList<WeakDataIsReadyObserverReference> &list = dataReadyObservers[size_t(source)];
+    if (!dataReadyObservers)
+        return;
+    QList<WeakDataIsReadyObserverReference> &list = (*dataReadyObservers)[size_t(source)];
     // Entries whose observer has died stay: only the given object's entries go.
     list.removeIf([observer](const WeakDataIsReadyObserverReference &reference) {
         const auto live = reference.observer.lock();
@@ -287,7 +335,8 @@ void Node::signalDataIsNowReady(MetadataSource source) const
         QList<WeakDataIsReadyObserverReference> observers;
         {
             std::lock_guard lock(self->dataReadyObserverListLock);
-            observers = self->dataReadyObservers[size_t(source)];
+            if (self->dataReadyObservers)
+                observers = (*self->dataReadyObservers)[size_t(source)];
         }
         for (const WeakDataIsReadyObserverReference &reference : std::as_const(observers)) {
             if (const auto observer = reference.observer.lock())

@@ -8,18 +8,27 @@
 
 #include <QDateTime>
 #include <QList>
+#include <QMutex>
 #include <QString>
 
 #include <array>
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 class Node;
+class Operation;
 using NodePtr = std::shared_ptr<Node>;
 
 enum class NodeComparisonResult { aBeforeB, bBeforeA, tie };
+
+// Nodes whose strings a new node shares instead of deriving them again: one in the same folder
+// (parent, absoluteParentPath) and one with the same name (name and the names derived from it).
+struct NodeRelatives
+{
+    const Node *sameFolder = nullptr;
+    const Node *sameName = nullptr;
+};
 
 // One item of the working list: a file the user added, directly or through a folder. It holds
 // what follows from its path; every other value lives in the metadata store under its path,
@@ -75,50 +84,84 @@ public:
     static QString formatDisplayDate(const QDateTime &date);
     static QDateTime distantPast();
 
+    // Queues the first metadata read of each node, in order, in one go. The scanner makes the
+    // nodes of a folder without their reads and hands them over here.
+    static void scheduleInitialReads(const QList<NodePtr> &nodes);
+
 protected:
-    Node(const QString &name, const QString &absolutePath, const QString &relativePath);
+    Node(const QString &name, const QString &absolutePath, const QString &relativePath,
+         NodeRelatives relatives);
     // Starts the node's first metadata read; called by the factories once the node is shared.
     void scheduleInitialRead();
+    static std::shared_ptr<Operation> initialReadOperation(const NodePtr &node);
 
 private:
     std::optional<MetadataSource> sourceForKey(const QString &key) const;
     bool sourceHasBeenRead(MetadataSource source) const;
     WrappedMetaDataValue storedValueReadingNow(const QString &key, MetadataSource source) const;
 
-    mutable std::mutex smartPathLock;
+    // Pointer-sized locks: a scan makes a node per file.
+    mutable QMutex smartPathLock;
     mutable std::optional<QString> m_smartAbsolutePath;
 
     // tags: computed lazily without a lock; a race merely computes it twice.
     mutable std::atomic_bool m_tagsComputed = false;
     mutable std::optional<QString> m_tags;
 
-    // Owned by dataReadyObserverListLock: dataReadyObservers.
-    mutable std::mutex dataReadyObserverListLock;
-    std::array<QList<WeakDataIsReadyObserverReference>, MetadataSources::count> dataReadyObservers;
+    // Owned by dataReadyObserverListLock: dataReadyObservers. Made on the first registration:
+    // most nodes never get an observer, and an absent list is an empty one.
+    using ObserverLists
+        = std::array<QList<WeakDataIsReadyObserverReference>, MetadataSources::count>;
+    mutable QMutex dataReadyObserverListLock;
+    std::unique_ptr<ObserverLists> dataReadyObservers;
 };
 
 class FileNode final : public Node
 {
+    struct Key
+    {
+        explicit Key() = default;
+    };
+
 public:
     static std::shared_ptr<FileNode> create(const QString &name, const QString &absolutePath,
                                             const QString &relativePath);
+    // The node alone: its first read is left to the caller, see scheduleInitialReads.
+    static std::shared_ptr<FileNode> createWithoutRead(const QString &name,
+                                                       const QString &absolutePath,
+                                                       const QString &relativePath,
+                                                       NodeRelatives relatives);
     Kind kind() const override { return Kind::File; }
 
-private:
-    using Node::Node;
+    // Public for make_shared only; the key keeps it to the factories.
+    FileNode(Key, const QString &name, const QString &absolutePath, const QString &relativePath,
+             NodeRelatives relatives)
+        : Node(name, absolutePath, relativePath, relatives)
+    { }
 };
 
 // A folder item; the scan as the engine drives it never makes one.
 class FolderNode final : public Node
 {
+    struct Key
+    {
+        explicit Key() = default;
+    };
+
 public:
     static std::shared_ptr<FolderNode> create(const QString &name, const QString &absolutePath,
                                               const QString &relativePath);
+    static std::shared_ptr<FolderNode> createWithoutRead(const QString &name,
+                                                         const QString &absolutePath,
+                                                         const QString &relativePath,
+                                                         NodeRelatives relatives);
     Kind kind() const override { return Kind::Folder; }
     QList<NodePtr> contents;
 
-private:
-    using Node::Node;
+    FolderNode(Key, const QString &name, const QString &absolutePath, const QString &relativePath,
+               NodeRelatives relatives)
+        : Node(name, absolutePath, relativePath, relatives)
+    { }
 };
 
 // An empty marker in the hierarchy; nothing creates one.

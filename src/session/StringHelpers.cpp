@@ -34,7 +34,7 @@ QString stringByExpandingAllNumberGroups(const QString &text)
             ++end;
         const qsizetype runLength = end - i;
         if (numeric && runLength < paddedNumberWidth)
-            result.append(QString(paddedNumberWidth - runLength, QLatin1Char('0')));
+            result.resize(result.size() + paddedNumberWidth - runLength, QLatin1Char('0'));
         result.append(QStringView(text).mid(i, runLength));
         i = end;
     }

@@ -65,6 +65,7 @@ private slots:
     void operationsListsRunningFirstThenWaiting();
     void cancelAllSkipsWaitingAndFlagsRunning();
     void widthLimitsConcurrency();
+    void addOperationsQueuesLikeSingleAdds();
 };
 
 void tst_OperationQueue::priorityThenFifoOrder()
@@ -147,6 +148,38 @@ void tst_OperationQueue::widthLimitsConcurrency()
     queue.waitUntilAllOperationsAreFinished();
     QVERIFY(peak.load() <= 3);
     QVERIFY(peak.load() >= 2);
+}
+
+void tst_OperationQueue::addOperationsQueuesLikeSingleAdds()
+{
+    OperationQueue queue(QStringLiteral("test"), 1);
+    std::vector<int> log;
+    std::mutex mutex;
+    const auto batch = [&](std::initializer_list<std::pair<int, int>> idsAndPriorities) {
+        QList<OperationPtr> operations;
+        for (const auto &[id, priority] : idsAndPriorities) {
+            auto op = std::make_shared<RecordingOperation>(log, mutex, id);
+            op->setQueuePriority(priority);
+            operations << op;
+        }
+        return operations;
+    };
+    // On an idle queue the batch starts a worker by itself.
+    queue.addOperations(batch({{0, Operation::Normal}}));
+    queue.waitUntilAllOperationsAreFinished();
+    QCOMPARE(log, std::vector<int> {0});
+
+    auto gate = std::make_shared<GateOperation>();
+    queue.addOperation(gate);
+    gate->waitStarted();
+    log.clear();
+    queue.addOperations(batch({{1, Operation::Normal}, {2, Operation::High}}));
+    queue.addOperations({});
+    queue.addOperations(batch({{3, Operation::Normal}, {4, Operation::High}, {5, Operation::Low}}));
+    QCOMPARE(queue.operationCount(), 6);
+    gate->release();
+    queue.waitUntilAllOperationsAreFinished();
+    QCOMPARE(log, (std::vector<int> {2, 4, 1, 3, 5}));
 }
 
 QTEST_GUILESS_MAIN(tst_OperationQueue)

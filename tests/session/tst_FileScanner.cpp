@@ -1,5 +1,8 @@
 #include "session/FileScanner.h"
 
+#include "metadata/DataCoordinator.h"
+#include "metadata/MetadataStorage.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -41,6 +44,8 @@ private slots:
     void sourcesThatAreNotFolders();
     void oddNamesAndNaturalOrder();
     void unreadableFolderYieldsWhatCanBeRead();
+    void walkedNodesMatchNodesMadeAlone_data();
+    void walkedNodesMatchNodesMadeAlone();
 };
 
 void tst_FileScanner::hiddenItemsPackagesAndLinks()
@@ -143,6 +148,50 @@ void tst_FileScanner::unreadableFolderYieldsWhatCanBeRead()
     QFile::setPermissions(root + QStringLiteral("/locked"),
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     QCOMPARE(itemsOf(scanner, root), QStringList {QStringLiteral("ok.jpg []")});
+}
+
+void tst_FileScanner::walkedNodesMatchNodesMadeAlone_data()
+{
+    QTest::addColumn<QString>("sourceSuffix");
+    QTest::newRow("plain") << QString();
+    QTest::newRow("trailing slash") << QStringLiteral("/");
+    QTest::newRow("doubled slashes") << QStringLiteral("//");
+}
+
+// The walk shares each folder's strings between its items and queues their reads folder by
+// folder; every item must still look as if made alone, and every one must get its read.
+void tst_FileScanner::walkedNodesMatchNodesMadeAlone()
+{
+    QFETCH(QString, sourceSuffix);
+    QTemporaryDir dir;
+    const QString root = dir.path();
+    touch(root + QStringLiteral("/top.jpg"));
+    for (const QString &folder : {QStringLiteral("/a"), QStringLiteral("/a/b"),
+                                  QStringLiteral("/a/.hidden"), QStringLiteral("/c d")}) {
+        for (const QString &name : {QStringLiteral("IMG_1.jpg"), QStringLiteral("x.tar.gz"),
+                                    QStringLiteral("noext"), QStringLiteral("v2.final.mov")})
+            touch(root + folder + QLatin1Char('/') + name);
+    }
+
+    FileScanner scanner;
+    scanner.scanSource(root + sourceSuffix);
+    QCOMPARE(scanner.flatFileList.files.size(), 17);
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
+    for (const NodePtr &node : scanner.flatFileList.files) {
+        const NodePtr alone
+            = FileNode::createWithoutRead(node->name, node->absolutePath, node->relativePath, {});
+        const QString at = node->absolutePath;
+        QCOMPARE(node->name, at.section(QLatin1Char('/'), -1));
+        QCOMPARE(node->smartName, alone->smartName);
+        QCOMPARE(node->fileName, alone->fileName);
+        QCOMPARE(node->fileNameUpToFirstPeriod, alone->fileNameUpToFirstPeriod);
+        QCOMPARE(node->parent, alone->parent);
+        QCOMPARE(node->absoluteParentPath, alone->absoluteParentPath);
+        QVERIFY2(QFileInfo::exists(at), qPrintable(at));
+        QVERIFY2(MetadataStorage::shared().boolValueExistsAndIsTrue(
+                     at, QStringLiteral("retrieved"), MetadataSource::ExifToolGeneric),
+                 qPrintable(at));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_FileScanner)

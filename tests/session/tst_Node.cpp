@@ -3,7 +3,14 @@
 
 #include "TestSupport.h"
 
+#include "metadata/MetadataStorage.h"
+#include "metadata/RetrievalOperations.h"
+
+#include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace StringHelpers;
 
@@ -20,6 +27,20 @@ QStringList names(const FlatFileList &list)
         result << node->name;
     return result;
 }
+
+QStringList paths(const QList<NodePtr> &nodes)
+{
+    QStringList result;
+    for (const NodePtr &node : nodes)
+        result << node->absolutePath;
+    return result;
+}
+
+bool basicSourceRead(const NodePtr &node)
+{
+    return MetadataStorage::shared().boolValueExistsAndIsTrue(
+        node->absolutePath, QStringLiteral("retrieved"), MetadataSource::Basic);
+}
 } // namespace
 
 class tst_Node : public QObject
@@ -35,6 +56,9 @@ private slots:
     void builtInKeysDifferBetweenDisplayAndSyncForms();
     void sortIsNaturalStableAndIgnoresSecondMode();
     void descendingInvertsAndNamesCompareCaseInsensitively();
+    void textSortsAgreeWithNodeCompare_data();
+    void textSortsAgreeWithNodeCompare();
+    void tiesStillReadTheSecondModesSource();
 };
 
 void tst_Node::expandingNumberGroups_data()
@@ -152,6 +176,76 @@ void tst_Node::descendingInvertsAndNamesCompareCaseInsensitively()
     QCOMPARE(Node::compare(*a, *b, SortMode::absolutePathAscending),
              NodeComparisonResult::bBeforeA);
     QCOMPARE(Node::compare(*a, *a, SortMode::cityAscending), NodeComparisonResult::tie);
+}
+
+void tst_Node::textSortsAgreeWithNodeCompare_data()
+{
+    QTest::addColumn<SortMode>("mode");
+    for (SortMode mode : {SortMode::nameAndSequenceAscending, SortMode::nameAndSequenceDescending,
+                          SortMode::pathAndSequenceAscending, SortMode::pathAndSequenceDescending,
+                          SortMode::nameAscending, SortMode::nameDescending,
+                          SortMode::absolutePathAscending, SortMode::absolutePathDescending})
+        QTest::newRow(qPrintable(QString::number(int(mode)))) << mode;
+}
+
+// The list's sort must order exactly as a stable sort by Node::compare would, ties included,
+// over names that repeat, differ only in case, carry numbers of any width and leave ASCII.
+void tst_Node::textSortsAgreeWithNodeCompare()
+{
+    QFETCH(SortMode, mode);
+    const QStringList stems {QStringLiteral("IMG_"),        QStringLiteral("img_"),
+                             QStringLiteral("Img_"),        QStringLiteral("DSC"),
+                             QStringLiteral("\u00c4rger"),  QStringLiteral("\u00e4rger"),
+                             QStringLiteral("stra\u00dfe"), QStringLiteral("STRASSE"),
+                             QStringLiteral("\U0001F600"),  QStringLiteral("\uFF21")};
+    const QStringList numbers {QStringLiteral("1"),  QStringLiteral("2"), QStringLiteral("10"),
+                               QStringLiteral("02"), QStringLiteral(""),  QStringLiteral("\u0663")};
+    const QStringList extensions {QStringLiteral(".jpg"), QStringLiteral(".JPG"), QString()};
+    QRandomGenerator random(42);
+    QList<NodePtr> nodes;
+    // Some namesakes share their strings, as the scanner's do, and some have copies of their own.
+    QHash<QString, NodePtr> firstOfName;
+    for (int i = 0; i < 600; ++i) {
+        const QString name = stems.at(random.bounded(stems.size()))
+            + numbers.at(random.bounded(numbers.size()))
+            + extensions.at(random.bounded(extensions.size()));
+        const QString folder = QStringLiteral("/f%1/").arg(random.bounded(4));
+        const NodePtr namesake = i % 2 ? firstOfName.value(name) : NodePtr();
+        nodes << FileNode::createWithoutRead(name, folder + name, QString(),
+                                             {nullptr, namesake.get()});
+        if (!firstOfName.contains(name))
+            firstOfName.insert(name, nodes.last());
+    }
+
+    QList<NodePtr> expected = nodes;
+    std::stable_sort(expected.begin(), expected.end(), [&](const NodePtr &a, const NodePtr &b) {
+        return Node::compare(*a, *b, mode) == NodeComparisonResult::aBeforeB;
+    });
+    FlatFileList list(nodes);
+    list.sort(mode, SortMode::nameAscending);
+    QCOMPARE(paths(list.files), paths(expected));
+}
+
+void tst_Node::tiesStillReadTheSecondModesSource()
+{
+    QTemporaryDir dir;
+    const auto make = [&](const QString &relative) {
+        const QString path = dir.filePath(relative);
+        return FileNode::createWithoutRead(relative.section(QLatin1Char('/'), -1), path, QString(),
+                                           {});
+    };
+    const NodePtr alone = make(QStringLiteral("a/alone.jpg"));
+    const NodePtr first = make(QStringLiteral("a/same.jpg"));
+    const NodePtr second = make(QStringLiteral("b/same.jpg"));
+    const NodePtr third = make(QStringLiteral("c/SAME.jpg"));
+    FlatFileList list({third, alone, first, second});
+    list.sort(SortMode::nameAndSequenceAscending, SortMode::sizeAscending);
+    QCOMPARE(list.files, (QList<NodePtr> {alone, third, first, second}));
+    // The second mode never moves an item, but the items that tie have their sizes read.
+    QVERIFY(!basicSourceRead(alone));
+    QVERIFY(basicSourceRead(first));
+    QVERIFY(basicSourceRead(second));
+    QVERIFY(basicSourceRead(third));
 }
 
 QTEST_GUILESS_MAIN(tst_Node)
