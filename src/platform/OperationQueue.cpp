@@ -12,6 +12,8 @@ struct OperationQueue::Impl
     void workerLoop();
     void insertWaiting(OperationPtr operation);
 
+    // Set before the first worker starts.
+    QualityOfService qualityOfService = QualityOfService::Default;
     // Owned by mutex: everything below.
     std::mutex mutex;
     std::condition_variable wake;
@@ -31,6 +33,7 @@ OperationQueue::OperationQueue(QString name, int maxConcurrentOperationCount,
     , d(std::make_shared<Impl>())
 {
     d->width = std::max(1, maxConcurrentOperationCount);
+    d->qualityOfService = qualityOfService;
 }
 
 OperationQueue::~OperationQueue()
@@ -149,6 +152,7 @@ void OperationQueue::waitUntilAllOperationsAreFinished()
 
 void OperationQueue::Impl::workerLoop()
 {
+    ThreadQuality::applyToCurrentThread(qualityOfService);
     std::unique_lock lock(mutex);
     for (;;) {
         wake.wait(lock,

@@ -1,20 +1,12 @@
 #pragma once
 
 #include "Operation.h"
+#include "QualityOfService.h"
 
 #include <QList>
 #include <QString>
 
 #include <memory>
-
-// Quality-of-service classes, kept as data: Linux threads of one process share one scheduler class.
-enum class QualityOfService : int {
-    UserInteractive = 33,
-    UserInitiated = 25,
-    Utility = 17,
-    Background = 9,
-    Default = -1,
-};
 
 // A named queue of operations run by up to maxConcurrentOperationCount worker threads. Higher
 // queue priorities start before waiting lower ones; equal priorities start in the order added.

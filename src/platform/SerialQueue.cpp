@@ -1,5 +1,7 @@
 #include "SerialQueue.h"
 
+#include "QualityOfService.h"
+
 #include <QtGlobal>
 
 #include <condition_variable>
@@ -141,6 +143,8 @@ void SerialQueue::sync(const std::function<void()> &block)
 
 void SerialQueue::Impl::workerLoop()
 {
+    // Serial queues serve the main thread's own requests, whoever happened to create them.
+    ThreadQuality::applyToCurrentThread(QualityOfService::UserInteractive);
     std::unique_lock lock(mutex);
     for (;;) {
         workerWaiting = true;

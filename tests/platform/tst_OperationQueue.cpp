@@ -1,10 +1,15 @@
 #include "platform/OperationQueue.h"
+#include "platform/SerialQueue.h"
 
 #include <QTest>
 
 #include <atomic>
 #include <mutex>
 #include <vector>
+
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 // Blocks its worker until released, so that the queue's waiting list can be inspected.
@@ -66,6 +71,8 @@ private slots:
     void cancelAllSkipsWaitingAndFlagsRunning();
     void widthLimitsConcurrency();
     void addOperationsQueuesLikeSingleAdds();
+    void workersRunAtTheirClassNiceness_data();
+    void workersRunAtTheirClassNiceness();
 };
 
 void tst_OperationQueue::priorityThenFifoOrder()
@@ -180,6 +187,59 @@ void tst_OperationQueue::addOperationsQueuesLikeSingleAdds()
     gate->release();
     queue.waitUntilAllOperationsAreFinished();
     QCOMPARE(log, (std::vector<int> {2, 4, 1, 3, 5}));
+}
+
+namespace {
+
+int currentThreadNiceness()
+{
+    return getpriority(PRIO_PROCESS, pid_t(syscall(SYS_gettid)));
+}
+
+// Runs the block on a fresh thread of the queue and answers its niceness there.
+int nicenessOnQueue(OperationQueue &queue)
+{
+    std::atomic_int niceness = -100;
+    queue.addOperation([&] { niceness = currentThreadNiceness(); });
+    queue.waitUntilAllOperationsAreFinished();
+    return niceness;
+}
+
+} // namespace
+
+void tst_OperationQueue::workersRunAtTheirClassNiceness_data()
+{
+    QTest::addColumn<QualityOfService>("quality");
+    QTest::addColumn<int>("offset");
+    QTest::newRow("interactive") << QualityOfService::UserInteractive << 0;
+    QTest::newRow("initiated") << QualityOfService::UserInitiated << 1;
+    QTest::newRow("default") << QualityOfService::Default << 2;
+    QTest::newRow("utility") << QualityOfService::Utility << 5;
+    QTest::newRow("background") << QualityOfService::Background << 10;
+}
+
+void tst_OperationQueue::workersRunAtTheirClassNiceness()
+{
+    QFETCH(QualityOfService, quality);
+    QFETCH(int, offset);
+    const int base = currentThreadNiceness();
+    OperationQueue queue(QStringLiteral("quality"), 1, quality);
+    QCOMPARE(nicenessOnQueue(queue), std::min(19, base + offset));
+
+    // A worker started from a nicer queue's thread, and a serial queue made there, do not
+    // inherit that thread's niceness.
+    OperationQueue background(QStringLiteral("background"), 1, QualityOfService::Background);
+    int nested = -100;
+    int serial = -100;
+    background.addOperation([&] {
+        nested = nicenessOnQueue(queue);
+        SerialQueue serialQueue(QStringLiteral("made in the background"));
+        serialQueue.async([&] { serial = currentThreadNiceness(); });
+    });
+    // The serial queue's end waits for its block.
+    background.waitUntilAllOperationsAreFinished();
+    QCOMPARE(nested, std::min(19, base + offset));
+    QCOMPARE(serial, base);
 }
 
 QTEST_GUILESS_MAIN(tst_OperationQueue)
