@@ -329,12 +329,9 @@ void GPSCoordinateComponent::updateDisplayLabels()
     }
     if (const auto pair = parsedInterfacePair()) {
         const LocationHelper &helper = LocationHelper::shared();
-        _coordinateDMS->setValue(helper.formatToDMS(pair->latitude, CoordinateAxis::Latitude)
-                                 + u", "_s
-                                 + helper.formatToDMS(pair->longitude, CoordinateAxis::Longitude));
-        _coordinateDMM->setValue(helper.formatToDMM(pair->latitude, CoordinateAxis::Latitude)
-                                 + u", "_s
-                                 + helper.formatToDMM(pair->longitude, CoordinateAxis::Longitude));
+        const Coordinate2D coordinate {pair->latitude, pair->longitude};
+        _coordinateDMS->setValue(helper.formatPairToDMS(coordinate));
+        _coordinateDMM->setValue(helper.formatPairToDMM(coordinate));
         m_copyButtonsVisible = true;
         _latitudeSign->setValue(pair->latitude >= 0.0 ? u"+"_s : u"-"_s);
         _latitudeRef->setValue(pair->latitude >= 0.0 ? u"N"_s : u"S"_s);

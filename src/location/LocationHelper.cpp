@@ -316,3 +316,15 @@ void LocationHelper::retrieveLocationDescription(
 {
     Geocoder::shared().reverseGeocodeLocation(coordinate, std::move(closure));
 }
+
+QString LocationHelper::formatPairToDMS(Coordinate2D coordinate) const
+{
+    return formatToDMS(coordinate.latitude, CoordinateAxis::Latitude) + QStringLiteral(", ")
+        + formatToDMS(coordinate.longitude, CoordinateAxis::Longitude);
+}
+
+QString LocationHelper::formatPairToDMM(Coordinate2D coordinate) const
+{
+    return formatToDMM(coordinate.latitude, CoordinateAxis::Latitude) + QStringLiteral(", ")
+        + formatToDMM(coordinate.longitude, CoordinateAxis::Longitude);
+}

@@ -45,6 +45,9 @@ public:
 
     QString formatToDMS(double coordinate, CoordinateAxis axis) const;
     QString formatToDMM(double coordinate, CoordinateAxis axis) const;
+    // Both axes of a position, latitude first, joined by ", ".
+    QString formatPairToDMS(Coordinate2D coordinate) const;
+    QString formatPairToDMM(Coordinate2D coordinate) const;
     QString truncateDecimalString(const QString &text, int after) const;
     std::optional<std::pair<QString, QString>> addPlusOrMinusToValues(
         const QString &latitude, const QString &longitude) const;

@@ -37,10 +37,8 @@ std::optional<CoordinateTexts> coordinateTexts(const QString &latitude, const QS
     const bool south = latitude.startsWith(u'-');
     const bool west = longitude.startsWith(u'-');
     return CoordinateTexts {
-        helper.formatToDMS(coordinate->latitude, CoordinateAxis::Latitude) + u", "_s
-            + helper.formatToDMS(coordinate->longitude, CoordinateAxis::Longitude),
-        helper.formatToDMM(coordinate->latitude, CoordinateAxis::Latitude) + u", "_s
-            + helper.formatToDMM(coordinate->longitude, CoordinateAxis::Longitude),
+        helper.formatPairToDMS(*coordinate),
+        helper.formatPairToDMM(*coordinate),
         south ? u"-"_s : u"+"_s,
         south ? u"S"_s : u"N"_s,
         west ? u"-"_s : u"+"_s,
