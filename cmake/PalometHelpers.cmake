@@ -12,8 +12,6 @@ function(palomet_add_test name)
     cmake_parse_arguments(arg "GUI" "" "DEPENDS;SOURCES;LABELS" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_DEPENDS} Qt6::Test)
-    target_compile_definitions(${name} PRIVATE
-        PALOMET_TEST_FIXTURE_DIR="${PROJECT_SOURCE_DIR}/tests/fixtures")
     palomet_set_warnings(${name})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     add_test(NAME ${name} COMMAND ${name})
