@@ -61,6 +61,7 @@ void Clock::startTimer(SmartTimerWrapper &wrapper)
     wrapper.timer = std::make_unique<QTimer>();
     wrapper.timer->setSingleShot(wrapper.repeats() == SmartTimerWrapper::Repeats::No);
     wrapper.timer->setTimerType(ms < 2000.0 ? Qt::PreciseTimer : Qt::CoarseTimer);
-    QObject::connect(wrapper.timer.get(), &QTimer::timeout, [&wrapper] { wrapper.execute(); });
+    QObject::connect(wrapper.timer.get(), &QTimer::timeout, wrapper.timer.get(),
+                     [&wrapper] { wrapper.execute(); });
     wrapper.timer->start(int(std::lround(ms)));
 }

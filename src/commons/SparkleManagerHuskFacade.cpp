@@ -62,7 +62,11 @@ SparkleManagerHuskFacade::SparkleManagerHuskFacade(QObject *parent)
     , m_network(new QNetworkAccessManager(this))
 { }
 
-SparkleManagerHuskFacade::~SparkleManagerHuskFacade() = default;
+SparkleManagerHuskFacade::~SparkleManagerHuskFacade()
+{
+    if (m_offer)
+        m_offer->close();
+}
 
 void SparkleManagerHuskFacade::finishInitialization(SmartAppDelegate &delegate)
 {
@@ -139,18 +143,8 @@ void SparkleManagerHuskFacade::scheduleNextCheck()
     m_timer.reset();
     if (!automaticChecksEnabled() || feedURL().isEmpty())
         return;
-    const double now = Clock::current().currentTimeIntervalSinceReferenceDate();
-    const QDateTime last = QDateTime::fromString(
-        UserDefaults::standard().stringForKey(lastCheckTimeKey), Qt::ISODateWithMs);
-    double delay = 0.0;
-    if (last.isValid()) {
-        const double lastTime = Clock::timeIntervalSinceReferenceDate(last);
-        // A last check in the future means the clock was set back: check now.
-        if (lastTime <= now)
-            delay = std::max(0.0, lastTime + checkInterval() - now);
-    }
     QPointer<SparkleManagerHuskFacade> self(this);
-    m_timer = SmartTimerWrapper::wrapTimer(delay, SmartTimerWrapper::Repeats::No,
+    m_timer = SmartTimerWrapper::wrapTimer(secondsUntilNextCheck(), SmartTimerWrapper::Repeats::No,
                                            [self](SmartTimerWrapper &) {
                                                if (self)
                                                    self->scheduledTick();
@@ -162,18 +156,26 @@ void SparkleManagerHuskFacade::scheduledTick()
     if (m_reply)
         return;
     // A system timer may tick a little early over long intervals; it then waits for the rest.
-    const QDateTime last = QDateTime::fromString(
-        UserDefaults::standard().stringForKey(lastCheckTimeKey), Qt::ISODateWithMs);
-    const double now = Clock::current().currentTimeIntervalSinceReferenceDate();
-    if (last.isValid()) {
-        const double lastTime = Clock::timeIntervalSinceReferenceDate(last);
-        if (lastTime <= now && lastTime + checkInterval() - now > 1.0) {
-            scheduleNextCheck();
-            return;
-        }
+    if (secondsUntilNextCheck() > 1.0) {
+        scheduleNextCheck();
+        return;
     }
     if (automaticChecksEnabled())
         startCheck(CheckKind::scheduled);
+}
+
+double SparkleManagerHuskFacade::secondsUntilNextCheck() const
+{
+    const QDateTime last = QDateTime::fromString(
+        UserDefaults::standard().stringForKey(lastCheckTimeKey), Qt::ISODateWithMs);
+    if (!last.isValid())
+        return 0.0;
+    const double now = Clock::current().currentTimeIntervalSinceReferenceDate();
+    const double lastTime = Clock::timeIntervalSinceReferenceDate(last);
+    // A last check in the future means the clock was set back: check now.
+    if (lastTime > now)
+        return 0.0;
+    return std::max(0.0, lastTime + checkInterval() - now);
 }
 
 void SparkleManagerHuskFacade::startCheck(CheckKind kind)

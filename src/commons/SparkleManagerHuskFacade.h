@@ -72,6 +72,7 @@ private:
     void addMenuEntry();
     void scheduleNextCheck();
     void scheduledTick();
+    double secondsUntilNextCheck() const;
     void startCheck(CheckKind kind);
     void replyFinished(QNetworkReply *reply);
     void finish(CheckOutcome outcome, const QString &detail, const AppcastItem *item = nullptr);

@@ -1,6 +1,5 @@
 #include "commons/CommonsHuskFacade.h"
 #include "commons/SmartAppDelegate.h"
-#include "platform/UserDefaults.h"
 
 #include "TestSupport.h"
 
@@ -11,7 +10,7 @@
 #include <QMessageBox>
 #include <QTest>
 
-// The standard Help entries, and one counted launch per run of the delegate.
+// The standard Help entries come before the application's own, and each run counts a launch.
 class tst_CommonsHuskFacade : public QObject
 {
     Q_OBJECT
@@ -22,25 +21,12 @@ public slots:
 private slots:
     void initTestCase();
     void cleanupTestCase() { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+    void helpEntriesAndLaunchCount_data();
     void helpEntriesAndLaunchCount();
-    void withoutWebsiteOrStandardMenusThereIsLess();
 
 private:
     QList<QUrl> openedUrls;
 };
-
-namespace {
-
-QMessageBox *findAboutBox()
-{
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (widget->objectName() == u"aboutBox" && widget->isVisible())
-            return qobject_cast<QMessageBox *>(widget);
-    }
-    return nullptr;
-}
-
-} // namespace
 
 void tst_CommonsHuskFacade::initTestCase()
 {
@@ -49,16 +35,31 @@ void tst_CommonsHuskFacade::initTestCase()
     QCoreApplication::setApplicationVersion(QStringLiteral("3.1"));
 }
 
+void tst_CommonsHuskFacade::helpEntriesAndLaunchCount_data()
+{
+    QTest::addColumn<QString>("website");
+    QTest::addColumn<bool>("standardMenus");
+    QTest::addColumn<QStringList>("help");
+    QTest::newRow("with a web site")
+        << "https://palomet.invalid/" << true
+        << QStringList({"Palomet Website", "About Palomet", "-", "Troubleshooting…"});
+    QTest::newRow("bad web address")
+        << "not a web address" << true << QStringList({"About Palomet", "-", "Troubleshooting…"});
+    QTest::newRow("no standard menus")
+        << "https://palomet.invalid/" << false << QStringList({"-", "Troubleshooting…"});
+}
+
 void tst_CommonsHuskFacade::helpEntriesAndLaunchCount()
 {
-    AppDescription description;
-    description.productName = QStringLiteral("Palomet");
-    description.websiteURL = QStringLiteral("https://palomet.invalid/");
-    SmartAppDelegate delegate(description);
+    QFETCH(QString, website);
+    QFETCH(bool, standardMenus);
+    QFETCH(QStringList, help);
+
+    SmartAppDelegate delegate(
+        AppDescription {QStringLiteral("Palomet"), {}, website, {}, standardMenus});
     CommonsHuskFacade commons;
-    int launchFunctions = 0;
-    commons.launchManager.add(LaunchTriggers::EveryTime {}, [&] { ++launchFunctions; });
-    // The application adds the facade's initialisation first of all, and its own entries after.
+    const int launchesBefore = commons.launchManager.launchCount();
+    // The application initialises the facade first of all, and adds its own entries after.
     delegate.willFinishLaunchingCallbackList.append(
         [&](SmartAppDelegate &d, const AppNotification &) { commons.finishInitialization(d); });
     delegate.willFinishLaunchingCallbackList.append(
@@ -68,42 +69,27 @@ void tst_CommonsHuskFacade::helpEntriesAndLaunchCount()
                                       QStringLiteral("Troubleshooting…"), {});
         });
     QVERIFY(TestSupport::waitUntil([&] { return delegate.hasFinishedLaunching(); }));
-    QCOMPARE(commons.launchManager.launchCount(), 1);
-    QCOMPARE(launchFunctions, 1);
+    QCOMPARE(commons.launchManager.launchCount(), launchesBefore + 1);
 
-    QMenu help;
+    QMenu menu;
     delegate.menuItemManager.fillMenu(
-        &help, {MenuItemManager::preferencesGroup, MenuItemManager::helpGroup});
+        &menu, {MenuItemManager::preferencesGroup, MenuItemManager::helpGroup});
     QStringList titles;
-    for (QAction *action : help.actions())
+    for (QAction *action : menu.actions())
         titles << (action->isSeparator() ? QStringLiteral("-") : action->text());
-    QCOMPARE(titles, QStringList({"Palomet Website", "About Palomet", "-", "Troubleshooting…"}));
+    QCOMPARE(titles, help);
 
-    delegate.menuItemManager.action(QStringLiteral("showWebsite"))->trigger();
-    QCOMPARE(openedUrls, QList<QUrl>({QUrl(QStringLiteral("https://palomet.invalid/"))}));
-    delegate.menuItemManager.action(QStringLiteral("showAbout"))->trigger();
-    QMessageBox *about = nullptr;
-    QTRY_VERIFY((about = findAboutBox()));
-    QVERIFY(about->text().contains(u"Palomet 3.1"));
-    about->close();
-}
-
-void tst_CommonsHuskFacade::withoutWebsiteOrStandardMenusThereIsLess()
-{
-    AppDescription description;
-    description.productName = QStringLiteral("Palomet");
-    description.websiteURL = QStringLiteral("not a web address");
-    SmartAppDelegate plain(description);
-    description.hasStandardMenus = false;
-    SmartAppDelegate bare(description);
-    CommonsHuskFacade commons;
-    commons.finishInitialization(plain);
-    CommonsHuskFacade other;
-    other.finishInitialization(bare);
-    QVERIFY(TestSupport::waitUntil([&] { return bare.hasFinishedLaunching(); }));
-    QCOMPARE(plain.menuItemManager.actions(MenuItemManager::helpGroup).size(), 1);
-    QVERIFY(plain.menuItemManager.action(QStringLiteral("showAbout")));
-    QVERIFY(bare.menuItemManager.actions(MenuItemManager::helpGroup).isEmpty());
+    if (QAction *site = delegate.menuItemManager.action(QStringLiteral("showWebsite"))) {
+        site->trigger();
+        QCOMPARE(openedUrls.takeLast(), QUrl(website));
+    }
+    if (QAction *about = delegate.menuItemManager.action(QStringLiteral("showAbout"))) {
+        about->trigger();
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box);
+        QVERIFY(box->text().contains(u"Palomet 3.1"));
+        box->close();
+    }
 }
 
 QTEST_MAIN(tst_CommonsHuskFacade)

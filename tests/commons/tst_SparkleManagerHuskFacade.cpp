@@ -8,15 +8,15 @@
 #include "TestSupport.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QDesktopServices>
-#include <QMenu>
 #include <QNetworkProxy>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
+
+using Outcome = SparkleManagerHuskFacade::CheckOutcome;
 
 // The update check against a feed served on 127.0.0.1 by the test itself.
 class tst_SparkleManagerHuskFacade : public QObject
@@ -31,33 +31,25 @@ private slots:
     void initTestCase();
     void cleanupTestCase() { QDesktopServices::unsetUrlHandler(QStringLiteral("http")); }
     void init();
-    void cleanup();
-    void checkOnCommandShowsEachAnswer_data();
-    void checkOnCommandShowsEachAnswer();
+    void checkOnCommandAnswersEachFeed_data();
+    void checkOnCommandAnswersEachFeed();
     void anOfferCanBeTakenOrSkipped();
     void automaticChecksRunDailyAndStayQuiet();
     void withoutAFeedTheEntrySaysUpdatesComeWithThePackages();
 
 private:
-    struct Launched;
-    std::unique_ptr<Launched> launch(const QString &feed);
-
     QList<QUrl> openedUrls;
     RecordingPresenter alerts;
 };
 
 namespace {
 
-// A one-file HTTP server: answers every GET with the same response, or never answers.
+// Answers every request with the same bytes: nothing at all for a null response.
 class FeedServer : public QTcpServer
 {
 public:
-    enum class Mode { serve, closeAtOnce, stayQuiet };
-
-    explicit FeedServer(Mode mode = Mode::serve, QByteArray body = {}, int status = 200)
-        : m_mode(mode)
-        , m_body(std::move(body))
-        , m_status(status)
+    explicit FeedServer(QByteArray response)
+        : m_response(std::move(response))
     {
         listen(QHostAddress::LocalHost);
         connect(this, &QTcpServer::newConnection, this, [this] {
@@ -78,64 +70,49 @@ private:
             return;
         socket->readAll();
         ++requests;
-        if (m_mode == Mode::stayQuiet)
+        if (m_response.isNull())
             return;
-        if (m_mode == Mode::serve) {
-            socket->write(QByteArray("HTTP/1.1 ") + QByteArray::number(m_status)
-                          + (m_status == 200 ? " OK" : " Not Found")
-                          + "\r\nContent-Type: application/rss+xml\r\nContent-Length: "
-                          + QByteArray::number(m_body.size()) + "\r\nConnection: close\r\n\r\n"
-                          + m_body);
-        }
+        socket->write(m_response);
         socket->disconnectFromHost();
     }
 
-    Mode m_mode;
-    QByteArray m_body;
-    int m_status;
+    QByteArray m_response;
 };
+
+QByteArray http(const QByteArray &body, const QByteArray &status = "200 OK")
+{
+    return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size())
+        + "\r\nConnection: close\r\n\r\n" + body;
+}
 
 QByteArray feed(const QStringList &versions)
 {
     QByteArray items;
-    for (const QString &version : versions) {
-        items += QStringLiteral(
-                     "<item><title>Palomet %1</title>"
-                     "<link>http://127.0.0.1/download/%1</link>"
-                     "<description><![CDATA[<ul><li>Changes in %1</li></ul>]]></description>"
-                     "<enclosure url=\"http://127.0.0.1/palomet-%1.tar.xz\" "
-                     "sparkle:version=\"%1\"/></item>")
-                     .arg(version)
+    for (const QString &v : versions)
+        items += QStringLiteral("<item><link>http://127.0.0.1/get/%1</link><description>"
+                                "<![CDATA[<p>Changes in %1</p>]]></description>"
+                                "<enclosure url=\"x\" sparkle:version=\"%1\"/></item>")
+                     .arg(v)
                      .toUtf8();
-    }
-    return "<?xml version=\"1.0\"?><rss version=\"2.0\" xmlns:sparkle=\"urn:test:appcast\">"
-           "<channel><title>Palomet</title>"
-        + items + "</channel></rss>";
+    return R"(<rss version="2.0" xmlns:sparkle="urn:test"><channel>)" + items + "</channel></rss>";
 }
 
-UpdateOfferDialog *openOffer()
+void click(UpdateOfferDialog *offer, const char *button)
 {
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *dialog = qobject_cast<UpdateOfferDialog *>(widget); dialog && dialog->isVisible())
-            return dialog;
-    }
-    return nullptr;
+    QTest::mouseClick(offer->findChild<QPushButton *>(QLatin1String(button)), Qt::LeftButton);
 }
 
-using Outcome = SparkleManagerHuskFacade::CheckOutcome;
-
-} // namespace
-
-struct tst_SparkleManagerHuskFacade::Launched
+// A launched application with its update checks.
+struct Launched
 {
-    SmartAppDelegate delegate;
-    SparkleManagerHuskFacade updates;
-    QSignalSpy finished {&updates, &SparkleManagerHuskFacade::checkFinished};
-
-    explicit Launched(AppDescription description)
-        : delegate(std::move(description))
-    { }
-    // Waits for the next check's end and answers its outcome.
+    explicit Launched(const QString &feed)
+        : delegate(AppDescription {QStringLiteral("Palomet"), feed, {}, {}, true})
+    {
+        updates.setTransferTimeout(500);
+        updates.finishInitialization(delegate);
+        TestSupport::waitUntil([&] { return delegate.hasFinishedLaunching(); });
+    }
+    // Waits for the next check to end and answers its outcome.
     Outcome nextOutcome()
     {
         const qsizetype before = finished.size();
@@ -143,20 +120,13 @@ struct tst_SparkleManagerHuskFacade::Launched
             return Outcome::noFeed;
         return finished.last().at(0).value<Outcome>();
     }
+
+    SmartAppDelegate delegate;
+    SparkleManagerHuskFacade updates;
+    QSignalSpy finished {&updates, &SparkleManagerHuskFacade::checkFinished};
 };
 
-std::unique_ptr<tst_SparkleManagerHuskFacade::Launched> tst_SparkleManagerHuskFacade::launch(
-    const QString &feed)
-{
-    AppDescription description;
-    description.productName = QStringLiteral("Palomet");
-    description.sparkleFeedURL = feed;
-    auto launched = std::make_unique<Launched>(description);
-    launched->updates.setTransferTimeout(500);
-    launched->updates.finishInitialization(launched->delegate);
-    TestSupport::waitUntil([&] { return launched->delegate.hasFinishedLaunching(); });
-    return launched;
-}
+} // namespace
 
 void tst_SparkleManagerHuskFacade::initTestCase()
 {
@@ -171,124 +141,95 @@ void tst_SparkleManagerHuskFacade::initTestCase()
 void tst_SparkleManagerHuskFacade::init()
 {
     UserDefaults &defaults = UserDefaults::standard();
-    for (const char *key : {"SULastCheckTime", "SUSkippedVersion", "SUEnableAutomaticChecks",
-                            "SUFeedURL", "SUScheduledCheckInterval"})
-        defaults.removeObjectForKey(QString::fromLatin1(key));
+    for (const char *key : {"SULastCheckTime", "SUSkippedVersion", "SUScheduledCheckInterval"})
+        defaults.removeObjectForKey(QLatin1String(key));
     // Automatic checks stay off unless a test turns them on.
     defaults.setObject(false, QStringLiteral("SUEnableAutomaticChecks"));
     alerts.alerts.clear();
     openedUrls.clear();
 }
 
-void tst_SparkleManagerHuskFacade::cleanup()
+void tst_SparkleManagerHuskFacade::checkOnCommandAnswersEachFeed_data()
 {
-    while (UpdateOfferDialog *dialog = openOffer())
-        dialog->close();
-}
-
-void tst_SparkleManagerHuskFacade::checkOnCommandShowsEachAnswer_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("response");
     QTest::addColumn<Outcome>("outcome");
-    QTest::addColumn<QString>("alertTitle");
     QTest::addColumn<int>("requests");
-
-    const int serve = int(FeedServer::Mode::serve);
+    QTest::addColumn<QString>("alert");
+    const QString upToDate = QStringLiteral("You're up to date!");
+    const QString failed = QStringLiteral("Palomet could not look for updates");
     QTest::newRow("newer: 1.10 after 1.9")
-        << serve << feed({QStringLiteral("1.8"), QStringLiteral("1.10"), QStringLiteral("1.9.1")})
-        << 200 << Outcome::updateAvailable << QString() << 1;
-    QTest::newRow("same") << serve << feed({QStringLiteral("1.9"), QStringLiteral("1.2")}) << 200
-                          << Outcome::upToDate << QStringLiteral("You're up to date!") << 1;
-    QTest::newRow("older") << serve << feed({QStringLiteral("1.8")}) << 200 << Outcome::upToDate
-                           << QStringLiteral("You're up to date!") << 1;
-    const QString couldNot = QStringLiteral("Palomet could not look for updates");
-    QTest::newRow("malformed: cut off") << serve << feed({QStringLiteral("2.0")}).left(150) << 200
-                                        << Outcome::badFeed << couldNot << 1;
-    QTest::newRow("malformed: a web page") << serve << QByteArray("<html><body>Hi</body></html>")
-                                           << 200 << Outcome::badFeed << couldNot << 1;
-    QTest::newRow("malformed: no version")
-        << serve << feed({}) << 200 << Outcome::badFeed << couldNot << 1;
-    QTest::newRow("not found") << serve << QByteArray("gone") << 404 << Outcome::badFeed << couldNot
-                               << 1;
+        << http(feed({"1.8", "1.10", "1.9.1"})) << Outcome::updateAvailable << 1 << QString();
+    QTest::newRow("same") << http(feed({"1.9", "1.2"})) << Outcome::upToDate << 1 << upToDate;
+    QTest::newRow("older") << http(feed({"1.8"})) << Outcome::upToDate << 1 << upToDate;
+    QTest::newRow("malformed") << http(feed({"2.0"}).left(90)) << Outcome::badFeed << 1 << failed;
+    QTest::newRow("not found") << http("gone", "404 Not Found") << Outcome::badFeed << 1 << failed;
     // Qt's HTTP client asks once more when the connection closes before any answer.
-    QTest::newRow("none: connection closed") << int(FeedServer::Mode::closeAtOnce) << QByteArray()
-                                             << 0 << Outcome::noAnswer << couldNot << 2;
-    QTest::newRow("none: silence") << int(FeedServer::Mode::stayQuiet) << QByteArray() << 0
-                                   << Outcome::noAnswer << couldNot << 1;
+    QTest::newRow("none: closed") << QByteArray("") << Outcome::noAnswer << 2 << failed;
+    QTest::newRow("none: silence") << QByteArray() << Outcome::noAnswer << 1 << failed;
 }
 
-void tst_SparkleManagerHuskFacade::checkOnCommandShowsEachAnswer()
+void tst_SparkleManagerHuskFacade::checkOnCommandAnswersEachFeed()
 {
-    QFETCH(int, mode);
-    QFETCH(QByteArray, body);
-    QFETCH(int, status);
+    QFETCH(QByteArray, response);
     QFETCH(Outcome, outcome);
-    QFETCH(QString, alertTitle);
     QFETCH(int, requests);
+    QFETCH(QString, alert);
 
-    FeedServer server(FeedServer::Mode(mode), body, status);
-    auto launched = launch(server.url());
-    QAction *entry = launched->updates.checkForUpdateAction();
-    QVERIFY(entry);
+    FeedServer server(response);
+    Launched app(server.url());
+    QAction *entry = app.updates.checkForUpdateAction();
     QCOMPARE(entry->text(), QStringLiteral("Check for Update…"));
-
     QString printed;
     {
-        TestSupport::StandardErrorCapture capture;
+        const TestSupport::StandardErrorCapture capture;
         entry->trigger();
-        QCOMPARE(launched->nextOutcome(), outcome);
+        QCOMPARE(app.nextOutcome(), outcome);
         printed = capture.text();
     }
     QCOMPARE(server.requests, requests);
-    // Whatever the answer, the log gets one line.
+    // Whatever the answer, the log gets one quiet line.
     QCOMPARE(printed.count(u'\n'), 1);
     QVERIFY2(printed.startsWith(u"Update check: "), qPrintable(printed));
 
     if (outcome == Outcome::updateAvailable) {
         QVERIFY(alerts.alerts.isEmpty());
-        UpdateOfferDialog *offer = openOffer();
-        QVERIFY(offer);
+        UpdateOfferDialog *offer = app.updates.offerDialog();
+        QVERIFY(offer && offer->isVisible());
         QCOMPARE(offer->item().version, QStringLiteral("1.10"));
         QCOMPARE(offer->releaseNotesText(), QStringLiteral("Changes in 1.10"));
     } else {
-        QVERIFY(!openOffer());
+        QVERIFY(!app.updates.offerDialog());
         QCOMPARE(alerts.alerts.size(), 1);
-        QCOMPARE(alerts.alerts.first().title, alertTitle);
+        QCOMPARE(alerts.alerts.first().title, alert);
     }
 }
 
 void tst_SparkleManagerHuskFacade::anOfferCanBeTakenOrSkipped()
 {
-    FeedServer server(FeedServer::Mode::serve, feed({QStringLiteral("2.0")}));
-    auto launched = launch(server.url());
+    FeedServer server(http(feed({"2.0"})));
+    Launched app(server.url());
     bool willInstall = false;
-    launched->updates.updaterWillInstallUpdateFunc = [&] {
+    app.updates.updaterWillInstallUpdateFunc = [&] {
         willInstall = true;
     };
 
-    launched->updates.checkForUpdate();
-    QCOMPARE(launched->nextOutcome(), Outcome::updateAvailable);
-    QTRY_VERIFY(openOffer());
-    QTest::mouseClick(openOffer()->findChild<QPushButton *>(QStringLiteral("downloadButton")),
-                      Qt::LeftButton);
+    app.updates.checkForUpdate();
+    QCOMPARE(app.nextOutcome(), Outcome::updateAvailable);
+    click(app.updates.offerDialog(), "downloadButton");
     QVERIFY(willInstall);
-    QCOMPARE(openedUrls, QList<QUrl>({QUrl(QStringLiteral("http://127.0.0.1/download/2.0"))}));
-    QTRY_VERIFY(!openOffer());
+    QCOMPARE(openedUrls, QList<QUrl>({QUrl(QStringLiteral("http://127.0.0.1/get/2.0"))}));
+    QTRY_VERIFY(!app.updates.offerDialog());
 
-    launched->updates.checkForUpdate();
-    QCOMPARE(launched->nextOutcome(), Outcome::updateAvailable);
-    QTRY_VERIFY(openOffer());
-    QTest::mouseClick(openOffer()->findChild<QPushButton *>(QStringLiteral("skipButton")),
-                      Qt::LeftButton);
+    app.updates.checkForUpdate();
+    QCOMPARE(app.nextOutcome(), Outcome::updateAvailable);
+    click(app.updates.offerDialog(), "skipButton");
     QCOMPARE(UserDefaults::standard().stringForKey(QStringLiteral("SUSkippedVersion")),
              QStringLiteral("2.0"));
-    QTRY_VERIFY(!openOffer());
+    QTRY_VERIFY(!app.updates.offerDialog());
     // The command still offers a skipped version; only automatic checks keep quiet about it.
-    launched->updates.checkForUpdate();
-    QCOMPARE(launched->nextOutcome(), Outcome::updateAvailable);
-    QTRY_VERIFY(openOffer());
+    app.updates.checkForUpdate();
+    QCOMPARE(app.nextOutcome(), Outcome::updateAvailable);
+    QVERIFY(app.updates.offerDialog());
 }
 
 void tst_SparkleManagerHuskFacade::automaticChecksRunDailyAndStayQuiet()
@@ -299,62 +240,59 @@ void tst_SparkleManagerHuskFacade::automaticChecksRunDailyAndStayQuiet()
     defaults.removeObjectForKey(QStringLiteral("SUEnableAutomaticChecks")); // on by default
     // A damaged interval reads as the registered day.
     defaults.setObject(QStringLiteral("often"), QStringLiteral("SUScheduledCheckInterval"));
-    FeedServer server(FeedServer::Mode::serve, feed({QStringLiteral("1.9")}));
+    FeedServer server(http(feed({"1.9"})));
     {
-        auto launched = launch(server.url());
+        Launched app(server.url());
         clock.advance(0); // the first launch checks at once
-        QCOMPARE(launched->nextOutcome(), Outcome::upToDate);
-        QVERIFY(alerts.alerts.isEmpty());
+        QCOMPARE(app.nextOutcome(), Outcome::upToDate);
         clock.advance(86399);
         QTest::qWait(50);
         QCOMPARE(server.requests, 1);
         clock.advance(1);
-        QCOMPARE(launched->nextOutcome(), Outcome::upToDate);
-        QCOMPARE(server.requests, 2);
+        QCOMPARE(app.nextOutcome(), Outcome::upToDate);
     }
     // A later launch waits for the rest of the day since the last check.
     clock.advance(3600);
     {
-        auto launched = launch(server.url());
+        Launched app(server.url());
         clock.advance(86400 - 3600 - 1);
         QTest::qWait(50);
         QCOMPARE(server.requests, 2);
         clock.advance(1);
-        QCOMPARE(launched->nextOutcome(), Outcome::upToDate);
+        QCOMPARE(app.nextOutcome(), Outcome::upToDate);
     }
     // A skipped version is not offered by the daily check; switched off, nothing is checked.
     defaults.setObject(QStringLiteral("1.10"), QStringLiteral("SUSkippedVersion"));
-    FeedServer newer(FeedServer::Mode::serve, feed({QStringLiteral("1.10")}));
+    FeedServer newer(http(feed({"1.10"})));
     {
-        auto launched = launch(newer.url());
+        Launched app(newer.url());
         clock.advance(86400);
-        QCOMPARE(launched->nextOutcome(), Outcome::updateSkipped);
-        QVERIFY(!openOffer());
+        QCOMPARE(app.nextOutcome(), Outcome::updateSkipped);
+        QVERIFY(!app.updates.offerDialog());
         defaults.setObject(false, QStringLiteral("SUEnableAutomaticChecks"));
         clock.advance(2 * 86400);
         QTest::qWait(50);
         QCOMPARE(newer.requests, 1);
-        QVERIFY(alerts.alerts.isEmpty());
     }
+    QVERIFY(alerts.alerts.isEmpty());
     Clock::setCurrent(nullptr);
 }
 
 void tst_SparkleManagerHuskFacade::withoutAFeedTheEntrySaysUpdatesComeWithThePackages()
 {
-    TestClock clock(800'000'000.0);
+    TestClock clock;
     Clock::setCurrent(&clock);
     UserDefaults::standard().removeObjectForKey(QStringLiteral("SUEnableAutomaticChecks"));
-    auto launched = launch(QString());
+    Launched app {QString()};
     QCOMPARE(clock.pendingTimerCount(), 0); // no automatic check
-    QAction *entry = launched->updates.checkForUpdateAction();
+    QAction *entry = app.updates.checkForUpdateAction();
     QVERIFY(entry->statusTip().contains(u"come with your system's packages"));
     entry->trigger();
     QCOMPARE(alerts.alerts.size(), 1);
     QCOMPARE(alerts.alerts.first().title,
              QStringLiteral("Updates come with your system's packages"));
-
     // The entry has a group of its own, right after the preferences.
-    const MenuItemManager &menus = launched->delegate.menuItemManager;
+    const MenuItemManager &menus = app.delegate.menuItemManager;
     QCOMPARE(menus.groupNames(),
              QStringList({MenuItemManager::preferencesGroup, SparkleManagerHuskFacade::groupName,
                           MenuItemManager::helpGroup}));
