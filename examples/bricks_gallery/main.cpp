@@ -43,7 +43,7 @@ struct Model
         = std::make_shared<StraightVariable<QString>>("km");
     std::shared_ptr<UserDefaultsVariable<bool>> showAdvanced
         = std::make_shared<UserDefaultsVariable<bool>>("galleryShowAdvanced", true,
-                                                       DefaultsConverters::toBool(true));
+                                                       DefaultsConverters::toBool());
     std::shared_ptr<StraightVariable<Qt::CheckState>> overwrite
         = std::make_shared<StraightVariable<Qt::CheckState>>(Qt::PartiallyChecked);
     std::shared_ptr<StraightVariable<bool>> keepDates
