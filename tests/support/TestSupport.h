@@ -20,4 +20,7 @@ bool waitUntil(const std::function<bool()> &predicate, int timeoutMs = 10000);
 // it with a failure; answers what it wrote to standard error, or a note saying it did not stop.
 QByteArray standardErrorOfFailingRun(const QString &variable, const QString &value);
 
+// Runs the work and answers what was written to standard error meanwhile.
+QByteArray standardErrorOf(const std::function<void()> &work);
+
 } // namespace TestSupport
