@@ -39,11 +39,14 @@ public:
     { }
 
 protected:
-    void show(QLabel *label, const QImage &image) override
+    Presenter presenter() const override
     {
-        label->setPixmap(image.isNull() ? QPixmap()
-                                        : QPixmap::fromImage(image.scaled(
-                                            size, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+        return [size = size](QLabel *label, const QImage &image) {
+            label->setPixmap(image.isNull()
+                                 ? QPixmap()
+                                 : QPixmap::fromImage(image.scaled(size, Qt::KeepAspectRatio,
+                                                                   Qt::SmoothTransformation)));
+        };
     }
     QSize size;
 };
