@@ -1,0 +1,16 @@
+#pragma once
+
+#include "PreviewTableViewController.h"
+
+// The compact table beside the map: the name and the two status columns.
+class MinimalPreviewTableViewController : public PreviewTableViewController
+{
+    Q_OBJECT
+
+public:
+    explicit MinimalPreviewTableViewController(DataModel &dataModel,
+                                               DelayedBuild delayedBuild = DelayedBuild::No,
+                                               QObject *parent = nullptr);
+
+    void updateColumns() override;
+};
