@@ -145,8 +145,8 @@ void PreviewTableCellDelegate::paintDataAvailability(QPainter *painter,
                                                      const NodePtr &node, int row,
                                                      const QString &key) const
 {
-    const std::optional<DataAvailabilityCellState> state
-        = DataAvailabilityCellState::configure(*node, key);
+    const std::optional<DataAvailabilityCellState> state = DataAvailabilityCellState::configure(
+        *node, key, DataAvailabilityCellState::Tooltip::Omit);
     if (!state)
         return;
     if (state->observe)

@@ -85,7 +85,8 @@ QVariant PreviewTableDataSource::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
         if (kind == CellKind::DataAvailability) {
-            const auto state = DataAvailabilityCellState::configure(node, key);
+            const auto state = DataAvailabilityCellState::configure(
+                node, key, DataAvailabilityCellState::Tooltip::Omit);
             return state ? DataAvailabilityCellState::symbolDescription(state->symbol) : QString();
         }
         return cellText(node.getDisplayString(key));

@@ -22,8 +22,8 @@ bool flagIsSet(const Node &node, const QString &key)
 
 } // namespace
 
-std::optional<DataAvailabilityCellState> DataAvailabilityCellState::configure(
-    const Node &node, const QString &valueKey)
+std::optional<DataAvailabilityCellState>
+DataAvailabilityCellState::configure(const Node &node, const QString &valueKey, Tooltip tooltip)
 {
     if (valueKey.isEmpty())
         return std::nullopt;
@@ -52,12 +52,17 @@ std::optional<DataAvailabilityCellState> DataAvailabilityCellState::configure(
                      isGPS ? u"Incomplete GPS location data — one or more coordinates are missing"_s
                            : u"Incomplete IPTC location data — one or more fields are missing"_s};
         } else if (word == u"divergent"_s) {
-            state = {Symbol::Divergent, Tint::SystemOrange, divergenceTooltip(node, isGPS)};
+            state = {Symbol::Divergent, Tint::SystemOrange,
+                     tooltip == Tooltip::Include ? divergenceTooltip(node, isGPS) : QString()};
         } else {
             return std::nullopt;
         }
         break;
     }
+    }
+    if (tooltip == Tooltip::Omit) {
+        state.tooltip.clear();
+        return state;
     }
     if (flagIsSet(node, u"XMPPresent"_s))
         state.tooltip

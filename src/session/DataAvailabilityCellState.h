@@ -20,9 +20,12 @@ struct DataAvailabilityCellState
     // The value is still being read: the cell waits for it and shows itself again then.
     bool observe = false;
 
+    // Painting needs no tooltip: leaving it out spares up to five trips to the store per cell.
+    enum class Tooltip { Include, Omit };
+
     // Absent when the display string is no status word: the cell then keeps what it showed.
-    static std::optional<DataAvailabilityCellState> configure(const Node &node,
-                                                              const QString &valueKey);
+    static std::optional<DataAvailabilityCellState> configure(
+        const Node &node, const QString &valueKey, Tooltip tooltip = Tooltip::Include);
     static QString divergenceTooltip(const Node &node, bool isGPS);
 
     // The symbol's name in the icon set and what it says to a screen reader.

@@ -121,6 +121,7 @@ void tst_InfoPaneController::xmpRowsFollowTheSelection()
     dark.setColor(QPalette::Window, QColor(40, 40, 42));
     dark.setColor(QPalette::Text, QColor(235, 235, 235));
     QApplication::setPalette(dark);
+    QApplication::processEvents();
     m_pane->view()->grab().save(u"/tmp/info_pane_dark.png"_s);
     QApplication::setPalette(light);
 

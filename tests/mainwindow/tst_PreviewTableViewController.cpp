@@ -13,6 +13,7 @@
 #include <QHelpEvent>
 #include <QMimeData>
 #include <QSemaphore>
+#include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTemporaryDir>
 #include <QTest>
@@ -278,10 +279,12 @@ void tst_PreviewTableViewController::screenshots()
     dark.setColor(QPalette::ButtonText, QColor(235, 235, 235));
     dark.setColor(QPalette::Disabled, QPalette::Text, QColor(120, 120, 120));
     QApplication::setPalette(dark);
+    QApplication::processEvents();
     view->grab().save(u"/tmp/preview_table_dark.png"_s);
     m_controller->setNodes({});
     view->grab().save(u"/tmp/preview_table_empty_dark.png"_s);
     QApplication::setPalette(light);
+    QApplication::processEvents();
     view->grab().save(u"/tmp/preview_table_empty_light.png"_s);
 }
 
