@@ -101,7 +101,8 @@ int main(int argc, char **argv)
 
     const QList<NodePtr> nodes = makeNodes();
     DataModel dataModel;
-    PreviewTableViewController controller(dataModel);
+    const auto made = NiblessViewController::make<PreviewTableViewController>(dataModel);
+    PreviewTableViewController &controller = *made;
     QWidget window;
     auto *layout = new QVBoxLayout(&window);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -78,8 +78,10 @@ int main(int argc, char **argv)
     DataModel dataModel;
     dataModel.infoPaneCategory->setValue(6);
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
-    PreviewTableViewController table(dataModel);
-    InfoPaneController infoPane(dataModel);
+    const auto tableController = NiblessViewController::make<PreviewTableViewController>(dataModel);
+    const auto infoPaneController = NiblessViewController::make<InfoPaneController>(dataModel);
+    PreviewTableViewController &table = *tableController;
+    InfoPaneController &infoPane = *infoPaneController;
     engine->addPreviewTable(table.engineConnection());
 
     QWidget window;

@@ -20,9 +20,8 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     : QMainWindow(parent)
     , m_dataModel(dataModel)
     , m_engine(std::move(engine))
-    , m_previewTable(new PreviewTableViewController(
-          dataModel, PreviewTableViewController::DelayedBuild::No, this))
-    , m_infoPane(new InfoPaneController(dataModel, InfoPaneController::DelayedBuild::No, this))
+    , m_previewTable(NiblessViewController::make<PreviewTableViewController>(dataModel))
+    , m_infoPane(NiblessViewController::make<InfoPaneController>(dataModel))
     , m_status(new QLabel(this))
 {
     setWindowTitle(tr("Palomet"));
@@ -42,6 +41,8 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     refreshStatus();
     resize(1000, 640);
 }
+
+FirstWindow::~FirstWindow() = default;
 
 QString FirstWindow::statusText() const
 {

@@ -19,12 +19,13 @@ class FirstWindow : public QMainWindow
 public:
     FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> engine,
                 QWidget *parent = nullptr);
+    ~FirstWindow() override;
 
     // Adds dropped or given paths to the source list, which starts a scan.
     void openPaths(const QStringList &paths);
 
-    PreviewTableViewController *previewTable() const { return m_previewTable; }
-    InfoPaneController *infoPane() const { return m_infoPane; }
+    PreviewTableViewController *previewTable() const { return m_previewTable.get(); }
+    InfoPaneController *infoPane() const { return m_infoPane.get(); }
     QString statusText() const;
 
 protected:
@@ -36,7 +37,7 @@ private:
 
     DataModel &m_dataModel;
     std::shared_ptr<OutputEngine> m_engine;
-    PreviewTableViewController *m_previewTable;
-    InfoPaneController *m_infoPane;
+    std::unique_ptr<PreviewTableViewController> m_previewTable;
+    std::unique_ptr<InfoPaneController> m_infoPane;
     QLabel *m_status;
 };

@@ -33,34 +33,21 @@ public:
     QPointer<InfoPaneController> controller;
 };
 
-InfoPaneController::InfoPaneController(DataModel &dataModel, DelayedBuild delayedBuild,
-                                       QObject *parent)
-    : QObject(parent)
+InfoPaneController::InfoPaneController(DataModel &dataModel, DelayedBuild delayedBuild)
+    : NiblessViewController(delayedBuild)
     , miniFont(InfoPaneCellDelegate::miniFont(QApplication::font()))
     , dataModel(dataModel)
     , m_xmpObserver(std::make_shared<XMPObserver>(this))
-{
-    if (delayedBuild == DelayedBuild::No)
-        build();
-}
+{ }
 
 InfoPaneController::~InfoPaneController()
 {
     for (const NodePtr &node : std::as_const(xmpObservedNodes))
         node->remove(m_xmpObserver.get(), MetadataSource::ExifToolGeneric);
-    if (mainWall && !mainWall->parent())
-        delete mainWall;
 }
 
-QWidget *InfoPaneController::view() const
+QWidget *InfoPaneController::build()
 {
-    return mainWall;
-}
-
-void InfoPaneController::build()
-{
-    if (mainWall)
-        return;
     m_dataSource = new InfoPaneDataSource(this);
     tableView = new QTableView;
     tableView->setModel(m_dataSource);
@@ -101,6 +88,7 @@ void InfoPaneController::build()
             self->reloadData();
     });
     handleSelectionChanged();
+    return mainWall;
 }
 
 void InfoPaneController::applyTheme()

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "commons/NiblessViewController.h"
 #include "metadata/MetadataSource.h"
 #include "session/Node.h"
 
 #include <QFont>
-#include <QObject>
 #include <QStringList>
 
 #include <memory>
@@ -16,20 +16,15 @@ class Wall;
 
 // The two-column pane under the main view: every tag of the chosen category for the selected
 // files, the name at the left and the selection's combined value at the right. The XMP rows
-// show only while a selected file has an XMP packet. Main thread only.
-class InfoPaneController : public QObject
+// show only while a selected file has an XMP packet. Made with NiblessViewController::make();
+// main thread only.
+class InfoPaneController : public NiblessViewController
 {
     Q_OBJECT
 
 public:
-    enum class DelayedBuild { No, Yes };
-
-    explicit InfoPaneController(DataModel &dataModel, DelayedBuild delayedBuild = DelayedBuild::No,
-                                QObject *parent = nullptr);
+    explicit InfoPaneController(DataModel &dataModel, DelayedBuild delayedBuild = DelayedBuild::No);
     ~InfoPaneController() override;
-
-    void build();
-    QWidget *view() const;
 
     // The rows: the category's tags, without the XMP block while no selected file has XMP.
     QStringList effectiveColumnIDs() const;
@@ -45,6 +40,9 @@ public:
     const QFont miniFont;
     bool xmpBlockVisible = false;
     QList<NodePtr> xmpObservedNodes;
+
+protected:
+    QWidget *build() override;
 
 private:
     class XMPObserver;

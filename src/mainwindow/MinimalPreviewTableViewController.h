@@ -8,9 +8,7 @@ class MinimalPreviewTableViewController : public PreviewTableViewController
     Q_OBJECT
 
 public:
-    explicit MinimalPreviewTableViewController(DataModel &dataModel,
-                                               DelayedBuild delayedBuild = DelayedBuild::No,
-                                               QObject *parent = nullptr);
+    using PreviewTableViewController::PreviewTableViewController;
 
     void updateColumns() override;
 };

@@ -2,9 +2,9 @@
 
 #include "PreviewTableCellObservers.h"
 #include "PreviewTableDataSource.h"
+#include "bricks/SymbolIcons.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QPainter>
 
 using Symbol = DataAvailabilityCellState::Symbol;
@@ -32,11 +32,6 @@ bool isEmphasized(const QStyleOptionViewItem &option)
 {
     return option.state.testFlag(QStyle::State_Selected)
         && option.state.testFlag(QStyle::State_Active);
-}
-
-QIcon symbolIcon(const QString &name)
-{
-    return QIcon::fromTheme(name);
 }
 
 } // namespace
@@ -189,12 +184,8 @@ QPixmap PreviewTableCellDelegate::symbolPixmap(Symbol symbol, const QColor &tint
     const auto cached = m_symbolCache.constFind(cacheKey);
     if (cached != m_symbolCache.cend())
         return *cached;
-    QPixmap pixmap = symbolIcon(name).pixmap(QSize(symbolSize, symbolSize), devicePixelRatio);
-    if (!pixmap.isNull()) {
-        QPainter tinting(&pixmap);
-        tinting.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        tinting.fillRect(QRect(QPoint(), pixmap.size()), tint);
-    }
+    const QPixmap pixmap
+        = SymbolIcons::pixmap(name, tint, QSize(symbolSize, symbolSize), devicePixelRatio);
     m_symbolCache.insert(cacheKey, pixmap);
     return pixmap;
 }

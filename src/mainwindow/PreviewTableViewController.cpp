@@ -5,6 +5,7 @@
 #include "PreviewTableDataSource.h"
 #include "platform/MainQueue.h"
 #include "session/DataModel.h"
+#include "session/MainContentViewing.h"
 #include "session/PreviewTableUpdating.h"
 
 #include <QHeaderView>
@@ -23,7 +24,8 @@ constexpr int rowHeight = 24;
 // Tells the window whether the selection being announced comes from the table.
 void setSelectionChangedFromTable(bool fromTable)
 {
-    Q_UNUSED(fromTable);
+    if (MainContentViewing *window = MainContentViewing::installed())
+        window->setSelectionChangedFromTable(fromTable);
 }
 
 // Forwards the engine's calls while the controller lives.
@@ -49,30 +51,15 @@ public:
 } // namespace
 
 PreviewTableViewController::PreviewTableViewController(DataModel &dataModel,
-                                                       DelayedBuild delayedBuild, QObject *parent)
-    : QObject(parent)
+                                                       DelayedBuild delayedBuild)
+    : NiblessViewController(delayedBuild)
     , dataModel(dataModel)
-{
-    if (delayedBuild == DelayedBuild::No)
-        build();
-}
+{ }
 
-PreviewTableViewController::~PreviewTableViewController()
-{
-    // The table belongs to whatever holds it by then; without a holder it goes with its owner.
-    if (tableView && !tableView->parent())
-        delete tableView;
-}
+PreviewTableViewController::~PreviewTableViewController() = default;
 
-QWidget *PreviewTableViewController::view() const
+QWidget *PreviewTableViewController::build()
 {
-    return tableView;
-}
-
-void PreviewTableViewController::build()
-{
-    if (tableView)
-        return;
     tableView = new DragAndDropTableView;
     previewTableViewDataSource = new PreviewTableDataSource(this);
     tableView->setDataSource(previewTableViewDataSource);
@@ -107,6 +94,7 @@ void PreviewTableViewController::build()
     previewTableViewDataSource->setDropHandler(
         [this](const QStringList &paths) { dataModel.sourceList.add(paths, true); });
     updateColumns();
+    return tableView;
 }
 
 void PreviewTableViewController::updateColumns()

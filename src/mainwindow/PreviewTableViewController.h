@@ -1,9 +1,8 @@
 #pragma once
 
+#include "commons/NiblessViewController.h"
 #include "session/Node.h"
 
-#include <QObject>
-#include <QPointer>
 #include <QStringList>
 
 #include <memory>
@@ -17,23 +16,15 @@ class QWidget;
 // The list of processed files: one row per node of the current list, with its name, its four
 // location fields over the values worked out for them, and the GPS and IPTC status symbols.
 // The owner of the table and of its data source; where a selection made by the user starts.
-// Main thread only.
-class PreviewTableViewController : public QObject
+// Made with NiblessViewController::make(); the table is its own scroll view. Main thread only.
+class PreviewTableViewController : public NiblessViewController
 {
     Q_OBJECT
 
 public:
-    enum class DelayedBuild { No, Yes };
-
-    // Without a delayed build the table is made at once; otherwise the owner calls build().
     explicit PreviewTableViewController(DataModel &dataModel,
-                                        DelayedBuild delayedBuild = DelayedBuild::No,
-                                        QObject *parent = nullptr);
+                                        DelayedBuild delayedBuild = DelayedBuild::No);
     ~PreviewTableViewController() override;
-
-    virtual void build();
-    // The table is its own scroll view.
-    QWidget *view() const;
 
     // Rebuilds the columns in their fixed order; a column the user moved goes back.
     virtual void updateColumns();
@@ -53,6 +44,7 @@ public:
     PreviewTableDataSource *previewTableViewDataSource = nullptr;
 
 protected:
+    QWidget *build() override;
     // One column per key, in order: the status columns 40 wide, the name and the location
     // fields sharing what is left.
     void setColumns(const QStringList &keys);

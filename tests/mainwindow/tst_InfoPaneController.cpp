@@ -59,7 +59,7 @@ void tst_InfoPaneController::initTestCase()
     m_model = std::make_unique<DataModel>();
     // The IPTC entry of the category menu.
     m_model->infoPaneCategory->setValue(6);
-    m_pane = std::make_unique<InfoPaneController>(*m_model);
+    m_pane = NiblessViewController::make<InfoPaneController>(*m_model);
     m_dataSource = qobject_cast<InfoPaneDataSource *>(m_pane->tableView->model());
     QVERIFY(m_dataSource);
     m_pane->view()->resize(520, 240);

@@ -6,6 +6,7 @@
 #include "session/DataModel.h"
 
 #include "Fixtures.h"
+#include "RecordingDoubles.h"
 #include "TestSupport.h"
 
 #include <QApplication>
@@ -79,7 +80,7 @@ void tst_PreviewTableViewController::initTestCase()
     for (const QString &path : std::as_const(m_paths))
         QVERIFY(!path.isEmpty());
     m_model = std::make_unique<DataModel>();
-    m_controller = std::make_unique<PreviewTableViewController>(*m_model);
+    m_controller = NiblessViewController::make<PreviewTableViewController>(*m_model);
     m_controller->view()->resize(1000, 300);
     m_controller->view()->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_controller->view()));
@@ -239,27 +240,39 @@ void tst_PreviewTableViewController::movedColumnIsSavedButNotKept()
 
 void tst_PreviewTableViewController::clickedRowsBecomeTheSelection()
 {
+    RecordingMainContentView window;
+    MainContentViewing::install(&window);
+    // What the window's flag says while the selection's listeners run.
+    auto flagSeen = std::make_shared<QList<bool>>();
+    m_model->_selectedNodes->addColdListener([flagSeen](const QList<NodePtr> &) {
+        const MainContentViewing *installed = MainContentViewing::installed();
+        flagSeen->append(installed && installed->selectionChangedFromTable());
+    });
     QTableView *table = m_controller->tableView;
     const QList<NodePtr> &nodes = m_controller->previewTableViewDataSource->nodes();
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
                       table->visualRect(cell(1, u"City"_s)).center());
     QCOMPARE(m_model->selectedNodes(), QList<NodePtr> {nodes.at(1)});
+    QCOMPARE(*flagSeen, QList<bool> {true});
+    QVERIFY(window.selectionChangedFromTable());
+    QVERIFY(TestSupport::waitUntil([&] { return !window.selectionChangedFromTable(); }));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::ShiftModifier,
                       table->visualRect(cell(3, u"name"_s)).center());
     QCOMPARE(m_model->selectedNodes(), (QList<NodePtr> {nodes.at(1), nodes.at(2), nodes.at(3)}));
 
     // A selection made elsewhere shows without coming back as a change.
-    int announcements = 0;
-    m_model->_selectedNodes->addColdListener([&](const QList<NodePtr> &) { ++announcements; });
+    QVERIFY(TestSupport::waitUntil([&] { return !window.selectionChangedFromTable(); }));
+    flagSeen->clear();
     m_model->setSelectedNodes({nodes.at(0)});
     m_controller->selectRows(m_model->selectedNodes());
-    QCOMPARE(announcements, 1);
+    QCOMPARE(*flagSeen, QList<bool> {false});
     QCOMPARE(table->selectionModel()->selectedRows().size(), 1);
     // A new list keeps the selected rows that are still in it.
     m_controller->setNodes(nodes);
     m_controller->updateAll();
     QCOMPARE(table->selectionModel()->selectedRows().value(0).row(), 0);
     QCOMPARE(m_model->selectedNodes(), QList<NodePtr> {nodes.at(0)});
+    QCOMPARE(flagSeen->size(), 1);
 }
 
 void tst_PreviewTableViewController::screenshots()
