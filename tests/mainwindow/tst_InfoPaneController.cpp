@@ -115,7 +115,7 @@ void tst_InfoPaneController::xmpRowsFollowTheSelection()
     QVERIFY(roleOf(u"XMPCity"_s, InfoPaneDataSource::IsDivergentRole).toBool());
     QVERIFY(!roleOf(u"City"_s, InfoPaneDataSource::IsDivergentRole).toBool());
     QVERIFY(!roleOf(u"XMPCountry"_s, InfoPaneDataSource::IsDivergentRole).toBool());
-    m_pane->tableView->selectRow(1);
+    m_pane->tableView->selectRow(0);
     const QPalette light = QApplication::palette();
     QPalette dark = light;
     dark.setColor(QPalette::Window, QColor(40, 40, 42));
