@@ -19,7 +19,7 @@ struct Symbol
     QStringView name;
     // The bundled drawing; two names may share one.
     QStringView file;
-    // A freedesktop icon naming specification name, or empty.
+    // A standard freedesktop icon name, or empty.
     QStringView themeName;
     // Backward and forward point the other way in right-to-left layouts.
     bool mirrorsRightToLeft = false;
@@ -121,7 +121,7 @@ QSizeF designSizeOf(const Parts &parts)
     return parts.badge ? compositeSize : QSizeF(gridSize, gridSize);
 }
 
-// The largest rectangle of the design's proportions inside `size`, centred.
+// The largest rectangle of the symbol's proportions inside `size`, centred.
 QRectF fittedRect(const QSizeF &design, const QSizeF &size)
 {
     const QSizeF fitted = design.scaled(size, Qt::KeepAspectRatio);

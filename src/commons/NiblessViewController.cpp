@@ -19,7 +19,8 @@ NiblessViewController::~NiblessViewController()
 QWidget *NiblessViewController::view() const
 {
     if (!m_built && !m_building && !m_delayedBuild)
-        qFatal("NiblessViewController: %s builds at once but was not made with make()",
+        qFatal("NiblessViewController: %s was asked for its view before its build; make it with "
+               "make()",
                metaObject()->className());
     return m_view;
 }

@@ -186,47 +186,35 @@ void tst_SymbolIcons::themeIconComesFirst()
     QCOMPARE(SymbolIcons::themeIconName(u"mappin+plus"), QString());
 }
 
-// A sheet of every symbol at the sizes the views use, on both palettes and in the table's tints,
+// A sheet of every symbol at 16, 24 and 32 and in the table's three tints, on both palettes,
 // saved next to the test for a look.
 void tst_SymbolIcons::cleanupTestCase()
 {
     const QStringList names = SymbolIcons::names();
-    const QList<int> sizes {16, 24, 32};
     const QList<QColor> tints {QColor(0x34, 0xc7, 0x59), QColor(0xff, 0xcc, 0x00),
                                QColor(0xff, 0x95, 0x00)};
-    const int cell = 44, label = 220, ratio = 2;
-    const int columns = int(sizes.size()) + int(tints.size());
+    const int cell = 44, label = 220, columns = 6, ratio = 2;
     QImage sheet(QSize(label + 2 * columns * cell, int(names.size()) * cell) * ratio,
                  QImage::Format_ARGB32);
     sheet.setDevicePixelRatio(ratio);
     QPainter painter(&sheet);
-    for (int side = 0; side < 2; ++side) {
-        const Theme &theme = side ? dark : light;
-        usePalette(theme);
-        const int left = side ? label + columns * cell : 0;
-        painter.fillRect(QRect(left, 0, (side ? 0 : label) + columns * cell, sheet.height()),
-                         theme.background);
+    for (const Theme *theme : {&light, &dark}) {
+        usePalette(*theme);
+        const int left = theme == &light ? label : label + columns * cell;
+        const int from = theme == &light ? 0 : left;
+        painter.fillRect(from, 0, left + columns * cell - from, sheet.height(), theme->background);
+        painter.setPen(theme->text);
         for (int row = 0; row < names.size(); ++row) {
             const QString &name = names.at(row);
-            const int top = row * cell;
-            if (!side) {
-                painter.setPen(theme.text);
-                painter.drawText(QRect(8, top, label - 8, cell), Qt::AlignVCenter, name);
-            }
-            const int first = side ? left : label;
-            for (int i = 0; i < sizes.size(); ++i) {
-                const QRect box(first + i * cell, top, cell, cell);
-                SymbolIcons::icon(name).paint(
-                    &painter,
-                    QRect(QPoint(), QSize(sizes[i], sizes[i]))
-                        .translated(box.center() - QPoint(sizes[i], sizes[i]) / 2));
-            }
-            for (int i = 0; i < tints.size(); ++i) {
-                const QRect box(first + (int(sizes.size()) + i) * cell, top, cell, cell);
-                const QPixmap pixmap = SymbolIcons::pixmap(name, tints[i], QSize(16, 16), ratio);
+            if (theme == &light)
+                painter.drawText(QRect(8, row * cell, label, cell), Qt::AlignVCenter, name);
+            for (int column = 0; column < columns; ++column) {
+                const QPixmap pixmap = column < 3
+                    ? SymbolIcons::icon(name).pixmap(QSize(16, 16) * (column + 2) / 2, ratio)
+                    : SymbolIcons::pixmap(name, tints[column - 3], QSize(16, 16), ratio);
                 const QSizeF size = pixmap.deviceIndependentSize();
-                painter.drawPixmap(QPointF(box.center()) - QPointF(size.width(), size.height()) / 2,
-                                   pixmap);
+                const QPointF centre(left + column * cell + cell / 2.0, row * cell + cell / 2.0);
+                painter.drawPixmap(centre - QPointF(size.width(), size.height()) / 2, pixmap);
             }
         }
     }
