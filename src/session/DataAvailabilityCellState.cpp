@@ -22,8 +22,8 @@ bool flagIsSet(const Node &node, const QString &key)
 
 } // namespace
 
-std::optional<DataAvailabilityCellState>
-DataAvailabilityCellState::configure(const Node &node, const QString &valueKey, Tooltip tooltip)
+std::optional<DataAvailabilityCellState> DataAvailabilityCellState::configure(
+    const Node &node, const QString &valueKey, Tooltip tooltip)
 {
     if (valueKey.isEmpty())
         return std::nullopt;

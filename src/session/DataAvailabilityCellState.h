@@ -24,8 +24,9 @@ struct DataAvailabilityCellState
     enum class Tooltip { Include, Omit };
 
     // Absent when the display string is no status word: the cell then keeps what it showed.
-    static std::optional<DataAvailabilityCellState> configure(
-        const Node &node, const QString &valueKey, Tooltip tooltip = Tooltip::Include);
+    static std::optional<DataAvailabilityCellState> configure(const Node &node,
+                                                              const QString &valueKey,
+                                                              Tooltip tooltip = Tooltip::Include);
     static QString divergenceTooltip(const Node &node, bool isGPS);
 
     // The symbol's name in the icon set and what it says to a screen reader.
