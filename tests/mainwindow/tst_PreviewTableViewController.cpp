@@ -1,5 +1,6 @@
 #include "commons/ApplicationStart.h"
 #include "mainwindow/DragAndDropTableView.h"
+#include "mainwindow/MinimalPreviewTableViewController.h"
 #include "mainwindow/PreviewTableDataSource.h"
 #include "mainwindow/PreviewTableViewController.h"
 #include "metadata/DataCoordinator.h"
@@ -36,6 +37,7 @@ private slots:
     void emptyTableInvitesADrop();
     void droppedPathsJoinTheSourceList();
     void movedColumnIsSavedButNotKept();
+    void minimalTableHasNameAndStatusColumns();
     void clickedRowsBecomeTheSelection();
     void screenshots();
     void cleanupTestCase();
@@ -236,6 +238,14 @@ void tst_PreviewTableViewController::movedColumnIsSavedButNotKept()
     QCOMPARE(m_model->columnList.value().at(5), u"GPSDataAvailable"_s);
     QCOMPARE(header->sectionSize(1), 40);
     QCOMPARE(m_controller->tableView->rowHeight(0), 24);
+}
+
+void tst_PreviewTableViewController::minimalTableHasNameAndStatusColumns()
+{
+    const auto minimal = NiblessViewController::make<MinimalPreviewTableViewController>(*m_model);
+    QCOMPARE(minimal->previewTableViewDataSource->columnKeys(),
+             (QStringList {u"name"_s, u"GPSDataAvailable"_s, u"IPTCDataComplete"_s}));
+    QCOMPARE(minimal->tableView->horizontalHeader()->sectionSize(2), 40);
 }
 
 void tst_PreviewTableViewController::clickedRowsBecomeTheSelection()
