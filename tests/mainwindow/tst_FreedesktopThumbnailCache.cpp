@@ -58,7 +58,6 @@ private slots:
     void initTestCase();
     void namesFollowTheFileUri_data();
     void namesFollowTheFileUri();
-    void requestPicksTheFolderThatFits();
     void decodedThumbnailIsWrittenBackPrivately();
     void storedThumbnailIsReadUntilTheFileChanges();
     void largerFoldersServeSmallerRequests();
@@ -100,15 +99,6 @@ void tst_FreedesktopThumbnailCache::namesFollowTheFileUri()
              cacheHome.path() + u"/thumbnails/large/"_s + name + u".png"_s);
     if (QTest::currentDataTag() == QByteArray("the standard's example"))
         QCOMPARE(name, u"c6ee772d9e49320e97ec29a7eb5b1697"_s);
-}
-
-void tst_FreedesktopThumbnailCache::requestPicksTheFolderThatFits()
-{
-    QCOMPARE(FreedesktopThumbnailCache::folderFor({128, 90}), Folder::normal);
-    QCOMPARE(FreedesktopThumbnailCache::folderFor({100, 129}), Folder::large);
-    QCOMPARE(FreedesktopThumbnailCache::folderFor({512, 300}), Folder::xLarge);
-    QCOMPARE(FreedesktopThumbnailCache::folderFor({1024, 1024}), Folder::xxLarge);
-    QVERIFY(!FreedesktopThumbnailCache::folderFor({1025, 10}));
 }
 
 // A 200 by 150 request is made from the large folder's 256 pixels, and that is what is kept.

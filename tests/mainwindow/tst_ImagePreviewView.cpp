@@ -151,29 +151,23 @@ void tst_ImagePreviewView::clickOnACellShowsThatFileAlone()
     QVERIFY(PreviewFixtures::similar(seen, colorOf(3)));
 }
 
+// The keys reach the same paging as the controls: pages in the grid, files alone.
 void tst_ImagePreviewView::arrowKeysPageTheGridAndStepTheImage()
 {
     Harness h(ImagePreviewLayoutPolicy::automaticSelectionCount, files);
-    h.view->setFocus();
     QTest::keyClick(h.view, Qt::Key_Right);
     QCOMPARE(h.view->controller().gridPageIndex(), 1);
     QCOMPARE(h.view->imageViews().first()->previewIndex(), 6);
-    QTest::keyClick(h.view, Qt::Key_Right);
-    QTest::keyClick(h.view, Qt::Key_Right);
-    QCOMPARE(h.view->controller().gridPageIndex(), 2);
-    QCOMPARE(h.view->imageViews().size(), 2);
     QTest::keyClick(h.view, Qt::Key_Left);
-    QCOMPARE(h.view->controller().gridPageIndex(), 1);
-    QCOMPARE(h.selection->value(), 0);
+    QCOMPARE(h.view->controller().gridPageIndex(), 0);
 
     QTest::mouseClick(h.view->controlsContainer()->gridToggleButton(), Qt::LeftButton);
     QCOMPARE(h.view->controller().displayMode(), ImagePreviewDisplayMode::single);
     QTest::keyClick(h.view, Qt::Key_Right);
-    QTest::keyClick(h.view, Qt::Key_Right);
-    QCOMPARE(h.selection->value(), 2);
-    QTest::keyClick(h.view, Qt::Key_Left);
     QCOMPARE(h.selection->value(), 1);
     QCOMPARE(h.view->singleImageView()->previewIndex(), 1);
+    QTest::keyClick(h.view, Qt::Key_Left);
+    QCOMPARE(h.selection->value(), 0);
 }
 
 void tst_ImagePreviewView::stackIndicatorHintsAtFurtherFiles_data()

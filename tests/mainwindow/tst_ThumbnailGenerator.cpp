@@ -16,27 +16,44 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct RecordingDelegate : ThumbnailGeneratorDelegate
+// A generator and the results its delegate was given.
+struct Run : ThumbnailGeneratorDelegate
 {
+    static std::shared_ptr<Run> make(int width, int cacheSize)
+    {
+        auto run = std::make_shared<Run>();
+        run->generator = ThumbnailGenerator::create(width, cacheSize);
+        run->generator->setDelegate(run);
+        return run;
+    }
     void thumbnailGenerator(ThumbnailGenerator &, const ThumbnailResult &result) override
     {
         results.append(result);
     }
+    QUuid ask(const QString &path, int index = 0, const QSizeF &size = {50, 50})
+    {
+        return generator->requestThumbnail(ImagePreviewItem(path), index, size);
+    }
+    bool waitFor(int count)
+    {
+        return TestSupport::waitUntil([&] { return results.size() >= count; });
+    }
+    std::shared_ptr<ThumbnailGenerator> generator;
     QList<ThumbnailResult> results;
 };
 
-// A named pipe posing as a picture: the generator's worker blocks reading it until the test
-// lets it go, which holds a one-wide queue at a known point.
+// A named pipe posing as a picture: the worker blocks reading it until the test lets it go,
+// which holds a one-wide queue at a known point.
 class Gate
 {
 public:
-    Gate(const QString &directory, const QImage &picture)
+    explicit Gate(const QString &directory)
         : path(directory + u"/gate%1.jpg"_s.arg(++made))
     {
         ::mkfifo(QFile::encodeName(path).constData(), 0600);
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::WriteOnly);
-        picture.save(&buffer, "JPEG");
+        QImage(8, 8, QImage::Format_RGB32).save(&buffer, "JPEG");
     }
     ~Gate() { release(); }
 
@@ -52,8 +69,7 @@ public:
     {
         if (m_fd < 0)
             return;
-        const int flags = ::fcntl(m_fd, F_GETFL);
-        ::fcntl(m_fd, F_SETFL, flags & ~O_NONBLOCK);
+        ::fcntl(m_fd, F_SETFL, ::fcntl(m_fd, F_GETFL) & ~O_NONBLOCK);
         [[maybe_unused]] const auto written
             = ::write(m_fd, bytes.constData(), size_t(bytes.size()));
         ::close(m_fd);
@@ -79,7 +95,6 @@ private slots:
     void cacheHitIsDeliveredBeforeTheCallReturns();
     void pathInFlightTwiceStartsTwoRequests();
     void cacheKeepsRecentPathsByCount();
-    void singleEntryCacheEvictsThePreviousPath();
     void cancellationDropsQueuedAndRunningWork();
     void fileRemovedAfterQueuingFails();
     void chainGivesSomethingToShow_data();
@@ -93,7 +108,6 @@ private:
     {
         return PreviewFixtures::makePicture(dir.path(), name, size, color);
     }
-    static ImagePreviewItem item(const QString &path) { return ImagePreviewItem(path); }
 
     QTemporaryDir dir;
     QTemporaryDir cacheHome;
@@ -107,120 +121,102 @@ void tst_ThumbnailGenerator::initTestCase()
 
 void tst_ThumbnailGenerator::cacheHitIsDeliveredBeforeTheCallReturns()
 {
-    const auto generator = ThumbnailGenerator::create(2, 6);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
+    const auto run = Run::make(2, 6);
     const QString path = picture(u"hit.png"_s);
-    generator->requestThumbnail(item(path), 0, {100, 100});
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 1; }));
-
-    const QUuid id = generator->requestThumbnail(item(path), 4, {100, 100});
-    QCOMPARE(delegate->results.size(), 2);
-    const ThumbnailResult &hit = delegate->results.last();
+    run->ask(path);
+    QVERIFY(run->waitFor(1));
+    const QUuid id = run->ask(path, 4);
+    QCOMPARE(run->results.size(), 2);
+    const ThumbnailResult &hit = run->results.last();
     QCOMPARE(hit.requestId, id);
     QCOMPARE(hit.index, 4);
     QVERIFY(hit.success && hit.image);
-    QCOMPARE(generator->pendingRequestCount(), 0);
+    QCOMPARE(run->generator->pendingRequestCount(), 0);
 }
 
 void tst_ThumbnailGenerator::pathInFlightTwiceStartsTwoRequests()
 {
-    const auto generator = ThumbnailGenerator::create(1, 6);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
-    Gate gate(dir.path(), QImage(8, 8, QImage::Format_RGB32));
-    generator->requestThumbnail(item(gate.path), 0, {50, 50});
+    const auto run = Run::make(1, 6);
+    Gate gate(dir.path());
+    run->ask(gate.path);
     const QString path = picture(u"twice.png"_s);
-    const QUuid first = generator->requestThumbnail(item(path), 1, {50, 50});
-    const QUuid second = generator->requestThumbnail(item(path), 1, {50, 50});
-    QCOMPARE(generator->pendingRequestCount(), 3);
+    const QUuid first = run->ask(path, 1);
+    const QUuid second = run->ask(path, 1);
+    QCOMPARE(run->generator->pendingRequestCount(), 3);
     QVERIFY(gate.waitUntilEntered());
     gate.release();
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 3; }));
-    QCOMPARE(delegate->results[1].requestId, first);
-    QCOMPARE(delegate->results[2].requestId, second);
+    QVERIFY(run->waitFor(3));
+    QCOMPARE(run->results[1].requestId, first);
+    QCOMPARE(run->results[2].requestId, second);
 }
 
-// A, B, A through a one-wide queue: the second A replaces the first and becomes the most recent,
-// and nothing is evicted. Then a hit refreshes A's place, and C pushes out the oldest, B.
+// Through a one-wide queue with room for two: the gate, A, B, A. The second A replaces the
+// first and becomes the most recent; B pushed out the gate. A hit refreshes B; C then pushes out
+// the oldest, A. With room for one, each new path evicts the one before.
 void tst_ThumbnailGenerator::cacheKeepsRecentPathsByCount()
 {
-    const auto generator = ThumbnailGenerator::create(1, 2);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
+    const auto run = Run::make(1, 2);
     const QString a = picture(u"a.png"_s), b = picture(u"b.png"_s), c = picture(u"c.png"_s);
-    Gate gate(dir.path(), QImage(8, 8, QImage::Format_RGB32));
-    generator->requestThumbnail(item(gate.path), 0, {50, 50});
+    Gate gate(dir.path());
+    run->ask(gate.path);
     for (const QString &path : {a, b, a})
-        generator->requestThumbnail(item(path), 1, {50, 50});
+        run->ask(path, 1);
     QVERIFY(gate.waitUntilEntered());
     gate.release();
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 4; }));
-    QCOMPARE(generator->cacheAccessOrder(), QStringList({b, a}));
+    QVERIFY(run->waitFor(4));
+    QCOMPARE(run->generator->cacheAccessOrder(), QStringList({b, a}));
+    QVERIFY(run->generator->getCachedThumbnail(b));
+    QCOMPARE(run->generator->cacheAccessOrder(), QStringList({a, b}));
+    run->ask(c, 2);
+    QVERIFY(run->waitFor(5));
+    QCOMPARE(run->generator->cacheAccessOrder(), QStringList({b, c}));
+    QVERIFY(!run->generator->getCachedThumbnail(a));
 
-    QVERIFY(generator->getCachedThumbnail(b));
-    QCOMPARE(generator->cacheAccessOrder(), QStringList({a, b}));
-    generator->requestThumbnail(item(c), 2, {50, 50});
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 5; }));
-    QCOMPARE(generator->cacheAccessOrder(), QStringList({b, c}));
-    QVERIFY(!generator->getCachedThumbnail(a));
-}
-
-void tst_ThumbnailGenerator::singleEntryCacheEvictsThePreviousPath()
-{
-    const auto generator = ThumbnailGenerator::create(1, 1);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
-    const QString first = picture(u"first.png"_s), second = picture(u"second.png"_s);
-    generator->requestThumbnail(item(first), 0, {50, 50});
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 1; }));
-    generator->requestThumbnail(item(second), 1, {50, 50});
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 2; }));
-    QCOMPARE(generator->cacheAccessOrder(), QStringList({second}));
-    QVERIFY(!generator->getCachedThumbnail(first));
+    const auto single = Run::make(1, 1);
+    single->ask(a);
+    QVERIFY(single->waitFor(1));
+    single->ask(b);
+    QVERIFY(single->waitFor(2));
+    QCOMPARE(single->generator->cacheAccessOrder(), QStringList({b}));
 }
 
 // The running request finds its id gone at its second check; the queued ones never run.
 void tst_ThumbnailGenerator::cancellationDropsQueuedAndRunningWork()
 {
-    const auto generator = ThumbnailGenerator::create(1, 6);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
-    Gate gate(dir.path(), QImage(8, 8, QImage::Format_RGB32));
-    generator->requestThumbnail(item(gate.path), 0, {50, 50});
-    generator->requestThumbnail(item(picture(u"queued1.png"_s)), 1, {50, 50});
-    generator->requestThumbnail(item(picture(u"queued2.png"_s)), 2, {50, 50});
+    const auto run = Run::make(1, 6);
+    Gate gate(dir.path());
+    run->ask(gate.path);
+    run->ask(picture(u"queued1.png"_s), 1);
+    run->ask(picture(u"queued2.png"_s), 2);
     QVERIFY(gate.waitUntilEntered());
-    generator->cancelAllRequests();
-    QCOMPARE(generator->pendingRequestCount(), 0);
+    run->generator->cancelAllRequests();
+    QCOMPARE(run->generator->pendingRequestCount(), 0);
     gate.release();
-    generator->operationQueue().waitUntilAllOperationsAreFinished();
+    run->generator->operationQueue().waitUntilAllOperationsAreFinished();
     QTest::qWait(50);
-    QVERIFY(delegate->results.isEmpty());
-    QVERIFY(generator->cacheAccessOrder().isEmpty());
+    QVERIFY(run->results.isEmpty());
+    QVERIFY(run->generator->cacheAccessOrder().isEmpty());
 }
 
 void tst_ThumbnailGenerator::fileRemovedAfterQueuingFails()
 {
-    const auto generator = ThumbnailGenerator::create(1, 6);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
-    Gate gate(dir.path(), QImage(8, 8, QImage::Format_RGB32));
-    generator->requestThumbnail(item(gate.path), 0, {50, 50});
+    const auto run = Run::make(1, 6);
+    Gate gate(dir.path());
+    run->ask(gate.path);
     const QString path = picture(u"vanishing.png"_s);
-    generator->requestThumbnail(item(path), 1, {50, 50});
+    run->ask(path, 1);
     QVERIFY(gate.waitUntilEntered());
     QVERIFY(QFile::remove(path));
     gate.release();
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 2; }));
-    const ThumbnailResult &vanished = delegate->results.last();
+    QVERIFY(run->waitFor(2));
+    const ThumbnailResult &vanished = run->results.last();
     QCOMPARE(vanished.path, path);
     QVERIFY(!vanished.success);
     QVERIFY(!vanished.image);
 }
 
 // Whatever the file, there is something to show: the picture fitted without enlarging it,
-// else the icon of its type drawn into the whole target.
+// else the icon of its type in a bitmap of the whole target.
 void tst_ThumbnailGenerator::chainGivesSomethingToShow_data()
 {
     QTest::addColumn<QString>("kind");
@@ -246,12 +242,10 @@ void tst_ThumbnailGenerator::chainGivesSomethingToShow()
     else
         path = Fixtures::makeFile(dir.path(), u"notes.xyz"_s, QByteArray(300, '\x07'));
 
-    const auto generator = ThumbnailGenerator::create(1, 6);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
-    generator->requestThumbnail(item(path), 0, {120, 80});
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 1; }));
-    const ThumbnailResult &result = delegate->results.first();
+    const auto run = Run::make(1, 6);
+    run->ask(path, 0, {120, 80});
+    QVERIFY(run->waitFor(1));
+    const ThumbnailResult &result = run->results.first();
     QVERIFY(result.success);
     QVERIFY(result.image && !result.image->isNull());
     QCOMPARE(result.image->size(), expectedPixels);
@@ -259,13 +253,10 @@ void tst_ThumbnailGenerator::chainGivesSomethingToShow()
 
 void tst_ThumbnailGenerator::thumbnailsAreRoundedAndOutlined()
 {
-    const auto generator = ThumbnailGenerator::create(1, 6);
-    const auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
-    const QString path = picture(u"red.png"_s, {100, 100}, QColor(220, 30, 30));
-    generator->requestThumbnail(item(path), 0, {100, 100});
-    QVERIFY(TestSupport::waitUntil([&] { return delegate->results.size() == 1; }));
-    const QImage image = *delegate->results.first().image;
+    const auto run = Run::make(1, 6);
+    run->ask(picture(u"red.png"_s, {100, 100}, QColor(220, 30, 30)), 0, {100, 100});
+    QVERIFY(run->waitFor(1));
+    const QImage image = *run->results.first().image;
     QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
     const QColor edge = image.pixelColor(50, 0);
     QVERIFY2(edge.red() < 90 && edge.alpha() > 200, qPrintable(edge.name(QColor::HexArgb)));
@@ -274,12 +265,11 @@ void tst_ThumbnailGenerator::thumbnailsAreRoundedAndOutlined()
 
 void tst_ThumbnailGenerator::vanishedDelegateLeavesTheResultCached()
 {
-    const auto generator = ThumbnailGenerator::create(1, 6);
-    auto delegate = std::make_shared<RecordingDelegate>();
-    generator->setDelegate(delegate);
+    auto run = Run::make(1, 6);
+    const std::shared_ptr<ThumbnailGenerator> generator = run->generator;
     const QString path = picture(u"orphan.png"_s);
-    generator->requestThumbnail(item(path), 0, {50, 50});
-    delegate.reset();
+    run->ask(path);
+    run.reset();
     generator->operationQueue().waitUntilAllOperationsAreFinished();
     QTest::qWait(20);
     QVERIFY(generator->getCachedThumbnail(path));
