@@ -224,7 +224,7 @@ void tst_ImagePreviewView::popoverShowsTheFileLarger()
     QVERIFY(popover);
     QVERIFY(popover->popover()->isVisible());
     ImagePreviewPopoverViewController *content = popover->contentViewController();
-    QCOMPARE(content->size(), QSize(616, 448));
+    QCOMPARE(content->view()->size(), QSize(616, 448));
     QCOMPARE(content->title(), QFileInfo(files[0]).fileName());
     QVERIFY(TestSupport::waitUntil([&] {
         return content->imageView()->hasImage()
@@ -237,7 +237,7 @@ void tst_ImagePreviewView::popoverShowsTheFileLarger()
     QCOMPARE(content->title(), QFileInfo(files[1]).fileName());
     QCOMPARE(h.view->singleImageView()->previewIndex(), 1);
 
-    QTest::keyClick(content, Qt::Key_Escape);
+    QTest::keyClick(content->view(), Qt::Key_Escape);
     QVERIFY(!popover->popover()->isVisible());
     QVERIFY(TestSupport::waitUntil([&] { return h.view->previewPopover() == nullptr; }));
 }

@@ -16,15 +16,15 @@ ImagePreviewPopover::ImagePreviewPopover(const QList<ImagePreviewItem> &items, i
                                          QWidget *owner)
     : QObject(owner)
     , m_popover(new QFrame(owner, Qt::Popup))
-    , m_contentViewController(
-          new ImagePreviewPopoverViewController(items, currentIndex, configuration, m_popover))
+    , m_contentViewController(NiblessViewController::make<ImagePreviewPopoverViewController>(
+          items, currentIndex, configuration))
 {
     m_popover->setFrameShape(QFrame::StyledPanel);
     m_popover->setAttribute(Qt::WA_DeleteOnClose, false);
     m_popover->setAccessibleName(tr("Image Preview"));
     auto *layout = new QVBoxLayout(m_popover);
     layout->setContentsMargins(1, 1, 1, 1);
-    layout->addWidget(m_contentViewController);
+    layout->addWidget(m_contentViewController->view());
     m_popover->installEventFilter(this);
     m_contentViewController->onNavigate = [this](int index) {
         if (onNavigate)
@@ -65,7 +65,7 @@ void ImagePreviewPopover::show(const QRect &rect, QWidget *view)
                            std::max(available.top(), available.bottom() - size.height())));
     m_popover->move(origin);
     m_popover->show();
-    m_contentViewController->setFocus();
+    m_contentViewController->view()->setFocus();
 }
 
 void ImagePreviewPopover::close()

@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 class ImagePreviewPopoverViewController;
 
@@ -27,7 +28,7 @@ public:
     QFrame *popover() const { return m_popover; }
     ImagePreviewPopoverViewController *contentViewController() const
     {
-        return m_contentViewController;
+        return m_contentViewController.get();
     }
 
     // Shows the window next to rect (in view's coordinates): on the side of the view with more
@@ -46,6 +47,6 @@ private:
     void popoverDidClose();
 
     QPointer<QFrame> m_popover;
-    ImagePreviewPopoverViewController *m_contentViewController;
+    std::unique_ptr<ImagePreviewPopoverViewController> m_contentViewController;
     bool m_dismissed = false;
 };

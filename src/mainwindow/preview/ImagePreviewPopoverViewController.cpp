@@ -43,23 +43,38 @@ QToolButton *makeButton(QWidget *parent, const QString &symbol, const QString &t
 
 ImagePreviewPopoverViewController::ImagePreviewPopoverViewController(
     const QList<ImagePreviewItem> &items, int currentIndex,
-    const ImagePreviewConfiguration &configuration, QWidget *parent)
-    : QWidget(parent)
-    , m_items(items)
+    const ImagePreviewConfiguration &configuration)
+    : m_items(items)
     , m_currentIndex(currentIndex)
     , m_configuration(configuration)
     , m_thumbnailGenerator(ThumbnailGenerator::create(1, 1))
     , m_delegate(std::make_shared<GeneratorDelegate>(this))
-    , m_imageView(new NonExpandingImageView(this))
-    , m_titleLabel(new QLabel(this))
-    , m_backButton(makeButton(this, QStringLiteral("chevron.left"), tr("Previous")))
-    , m_forwardButton(makeButton(this, QStringLiteral("chevron.right"), tr("Next")))
-    , m_closeButton(makeButton(this, QStringLiteral("xmark"), tr("Close")))
 {
     m_thumbnailGenerator->setDelegate(m_delegate);
-    setFocusPolicy(Qt::StrongFocus);
-    const QSize size = sizeHint();
-    setFixedSize(size);
+}
+
+ImagePreviewPopoverViewController::~ImagePreviewPopoverViewController()
+{
+    m_thumbnailGenerator->cancelAllRequests();
+}
+
+QSize ImagePreviewPopoverViewController::viewSize() const
+{
+    return QSize(int(m_configuration.maxPopoverWidth) + imageInsets.left() + imageInsets.right(),
+                 int(m_configuration.maxPopoverHeight) + imageInsets.top() + imageInsets.bottom());
+}
+
+QWidget *ImagePreviewPopoverViewController::build()
+{
+    auto *view = new QWidget;
+    view->setFocusPolicy(Qt::StrongFocus);
+    const QSize size = viewSize();
+    view->setFixedSize(size);
+    m_imageView = new NonExpandingImageView(view);
+    m_titleLabel = new QLabel(view);
+    m_backButton = makeButton(view, QStringLiteral("chevron.left"), tr("Previous"));
+    m_forwardButton = makeButton(view, QStringLiteral("chevron.right"), tr("Next"));
+    m_closeButton = makeButton(view, QStringLiteral("xmark"), tr("Close"));
 
     m_imageView->setGeometry(QRect(QPoint(), size) - imageInsets);
     const int barMiddle = imageInsets.top() / 2;
@@ -78,27 +93,17 @@ ImagePreviewPopoverViewController::ImagePreviewPopoverViewController(
     connect(m_forwardButton, &QToolButton::clicked, this, [this] { navigateForward(); });
     connect(m_closeButton, &QToolButton::clicked, this, [this] { closeClicked(); });
     updateDisplay();
-}
-
-ImagePreviewPopoverViewController::~ImagePreviewPopoverViewController()
-{
-    m_thumbnailGenerator->cancelAllRequests();
-}
-
-QSize ImagePreviewPopoverViewController::sizeHint() const
-{
-    return QSize(int(m_configuration.maxPopoverWidth) + imageInsets.left() + imageInsets.right(),
-                 int(m_configuration.maxPopoverHeight) + imageInsets.top() + imageInsets.bottom());
+    return view;
 }
 
 QString ImagePreviewPopoverViewController::title() const
 {
-    return m_titleLabel->text();
+    return m_titleLabel ? m_titleLabel->text() : QString();
 }
 
 void ImagePreviewPopoverViewController::updateDisplay()
 {
-    if (m_currentIndex < 0 || m_currentIndex >= m_items.size())
+    if (!m_imageView || m_currentIndex < 0 || m_currentIndex >= m_items.size())
         return;
     const ImagePreviewItem &item = m_items[m_currentIndex];
     const QString name = QFileInfo(item.path).fileName();
@@ -148,21 +153,24 @@ void ImagePreviewPopoverViewController::closeClicked()
         onClose();
 }
 
-void ImagePreviewPopoverViewController::keyPressEvent(QKeyEvent *event)
+bool ImagePreviewPopoverViewController::eventFilter(QObject *watched, QEvent *event)
 {
-    switch (event->key()) {
-    case Qt::Key_Escape:
-        closeClicked();
-        break;
-    case Qt::Key_Left:
-        navigateBack();
-        break;
-    case Qt::Key_Right:
-        navigateForward();
-        break;
-    default:
-        QWidget::keyPressEvent(event);
+    if (watched == view() && event->type() == QEvent::KeyPress) {
+        switch (static_cast<QKeyEvent *>(event)->key()) {
+        case Qt::Key_Escape:
+            closeClicked();
+            return true;
+        case Qt::Key_Left:
+            navigateBack();
+            return true;
+        case Qt::Key_Right:
+            navigateForward();
+            return true;
+        default:
+            break;
+        }
     }
+    return NiblessViewController::eventFilter(watched, event);
 }
 
 void ImagePreviewPopoverViewController::didGenerate(const ThumbnailResult &result)
@@ -171,7 +179,7 @@ void ImagePreviewPopoverViewController::didGenerate(const ThumbnailResult &resul
         || m_items[result.index].path != result.path)
         return;
     m_items[result.index].thumbnail = result.image;
-    if (result.index != m_currentIndex)
+    if (result.index != m_currentIndex || !m_imageView)
         return;
     m_imageView->setImage(result.image ? *result.image
                                        : ImagePreviewView::documentIcon(m_imageView->size()));

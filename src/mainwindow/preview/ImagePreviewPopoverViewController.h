@@ -2,23 +2,25 @@
 
 #include "ImagePreviewConfiguration.h"
 #include "ImagePreviewItem.h"
+#include "NonExpandingImageView.h"
 #include "ThumbnailGenerator.h"
+#include "commons/NiblessViewController.h"
 
+#include <QLabel>
 #include <QList>
 #include <QMargins>
-#include <QWidget>
+#include <QPointer>
+#include <QToolButton>
 
 #include <functional>
 #include <memory>
 
-class NonExpandingImageView;
-class QLabel;
-class QToolButton;
 
 // The content of the preview's popover: one file at up to maxPopoverWidth by maxPopoverHeight,
 // its name, a close button and back and forward. It loads its pictures with a generator of its
-// own, one at a time, keeping only the last. Escape closes; the arrow keys step.
-class ImagePreviewPopoverViewController : public QWidget
+// own, one at a time, keeping only the last. Escape closes; the arrow keys step. Make it with
+// NiblessViewController::make.
+class ImagePreviewPopoverViewController : public NiblessViewController
 {
     Q_OBJECT
 
@@ -26,8 +28,7 @@ public:
     static constexpr QMargins imageInsets {8, 40, 8, 8};
 
     ImagePreviewPopoverViewController(const QList<ImagePreviewItem> &items, int currentIndex,
-                                      const ImagePreviewConfiguration &configuration,
-                                      QWidget *parent = nullptr);
+                                      const ImagePreviewConfiguration &configuration);
     ~ImagePreviewPopoverViewController() override;
 
     int currentIndex() const { return m_currentIndex; }
@@ -37,6 +38,8 @@ public:
     QToolButton *forwardButton() const { return m_forwardButton; }
     QToolButton *closeButton() const { return m_closeButton; }
     QString title() const;
+    // The root view's size: the largest picture and the insets around it.
+    QSize viewSize() const;
 
     void navigateBack();
     void navigateForward();
@@ -44,10 +47,9 @@ public:
     std::function<void(int)> onNavigate;
     std::function<void()> onClose;
 
-    QSize sizeHint() const override;
-
 protected:
-    void keyPressEvent(QKeyEvent *event) override;
+    QWidget *build() override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     class GeneratorDelegate;
@@ -62,9 +64,9 @@ private:
     const ImagePreviewConfiguration m_configuration;
     std::shared_ptr<ThumbnailGenerator> m_thumbnailGenerator;
     std::shared_ptr<GeneratorDelegate> m_delegate;
-    NonExpandingImageView *m_imageView;
-    QLabel *m_titleLabel;
-    QToolButton *m_backButton;
-    QToolButton *m_forwardButton;
-    QToolButton *m_closeButton;
+    QPointer<NonExpandingImageView> m_imageView;
+    QPointer<QLabel> m_titleLabel;
+    QPointer<QToolButton> m_backButton;
+    QPointer<QToolButton> m_forwardButton;
+    QPointer<QToolButton> m_closeButton;
 };

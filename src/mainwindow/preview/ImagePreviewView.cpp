@@ -4,10 +4,10 @@
 #include "ImagePreviewPopover.h"
 #include "NonExpandingImageView.h"
 #include "PreviewSymbols.h"
+#include "bricks/SymbolIcons.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGraphicsDropShadowEffect>
 #include <QIcon>
@@ -244,11 +244,8 @@ void ImagePreviewView::updateImageView(int index, const QImage &image)
 
 QImage ImagePreviewView::documentIcon(const QSize &size)
 {
-    QIcon icon = QIcon::fromTheme(QStringLiteral("x-office-document"));
-    if (icon.isNull())
-        icon = QFileIconProvider().icon(QAbstractFileIconProvider::File);
     const int side = std::clamp(std::min(size.width(), size.height()) / 2, 16, 128);
-    return icon.isNull() ? QImage() : icon.pixmap(QSize(side, side)).toImage();
+    return SymbolIcons::icon(u"doc").pixmap(QSize(side, side)).toImage();
 }
 
 void ImagePreviewView::singleImageClicked()

@@ -1,5 +1,7 @@
 #include "PreviewSymbols.h"
 
+#include "bricks/SymbolIcons.h"
+
 #include <QApplication>
 #include <QIconEngine>
 #include <QPainter>
@@ -32,14 +34,7 @@ public:
         QPen pen(ink, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
         painter->setPen(pen);
         painter->setBrush(Qt::NoBrush);
-        if (m_name == QLatin1String("chevron.left")) {
-            painter->drawPolyline(QPolygonF({{10, 3}, {5, 8}, {10, 13}}));
-        } else if (m_name == QLatin1String("chevron.right")) {
-            painter->drawPolyline(QPolygonF({{6, 3}, {11, 8}, {6, 13}}));
-        } else if (m_name == QLatin1String("xmark")) {
-            painter->drawLine(QPointF(4, 4), QPointF(12, 12));
-            painter->drawLine(QPointF(12, 4), QPointF(4, 12));
-        } else if (m_name == QLatin1String("square.grid.2x2")) {
+        if (m_name == QLatin1String("square.grid.2x2")) {
             pen.setWidthF(1.3);
             painter->setPen(pen);
             for (const QPointF &corner :
@@ -82,7 +77,9 @@ namespace PreviewSymbols {
 
 QIcon icon(const QString &name)
 {
-    return QIcon(new SymbolEngine(name));
+    if (name == QLatin1String("square.grid.2x2") || name == QLatin1String("square"))
+        return QIcon(new SymbolEngine(name));
+    return SymbolIcons::icon(name);
 }
 
 } // namespace PreviewSymbols

@@ -3,9 +3,10 @@
 #include <QIcon>
 #include <QString>
 
-// The symbols on the preview's controls, by their symbol names: "chevron.left",
-// "chevron.right", "xmark", "square.grid.2x2" and "square". They are drawn in the palette's
-// button text colour when painted, so they follow the light or dark theme.
+// The symbols on the preview's controls, by their symbol names. The shared symbol set gives
+// "chevron.left", "chevron.right" and "xmark"; the grid toggle's "square.grid.2x2" and "square"
+// are drawn here in the same manner: in the palette's button text colour when painted, so they
+// follow the light or dark theme.
 namespace PreviewSymbols {
 
 QIcon icon(const QString &name);
