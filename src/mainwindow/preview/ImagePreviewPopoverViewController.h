@@ -15,7 +15,6 @@
 #include <functional>
 #include <memory>
 
-
 // The content of the preview's popover: one file at up to maxPopoverWidth by maxPopoverHeight,
 // its name, a close button and back and forward. It loads its pictures with a generator of its
 // own, one at a time, keeping only the last. Escape closes; the arrow keys step. Make it with
