@@ -326,7 +326,7 @@ sub writeOnce
         # ExifTool names the file step that failed but not why; the system's reason tells a full
         # disk or a refused folder apart.
         $error =~ s/:\s*\Q$$request{path}\E\S*//;
-        $error =~ s/\s*-\s*\Q$destination\E$//;
+        $error =~ s/:?\s*-?\s*\Q$destination\E//;
         $error .= " ($cause)" if $cause and $error =~ /^Error (?:creating|writing|renaming|opening)/;
         fail(1, "Error: $error");
     }

@@ -69,7 +69,8 @@ WriteWorker::Answer WriteWorker::write(const QString &path, const QString &desti
                                        const QStringList &tagValuePairs)
 {
     // A worker that ended between two files is replaced without a word: no file was in its hands.
-    if (m_pid > 0 && waitpid(m_pid, nullptr, WNOHANG) == m_pid) {
+    const pid_t ended = m_pid > 0 ? waitpid(m_pid, nullptr, WNOHANG) : 0;
+    if (ended == m_pid || (ended < 0 && errno == ECHILD)) {
         close(m_input);
         close(m_output);
         m_pid = -1;

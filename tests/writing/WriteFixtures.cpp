@@ -203,18 +203,26 @@ MetadataDump metadataDump(const QString &path)
 {
     // The listing rather than -j: ExifTool's JSON keeps one value of a name repeated within a
     // group (a QuickTime file has a handler per box), and every copy must be compared. IPTC
-    // comes as the bytes stored, each line decoded on its own.
-    const CommandResult result
-        = exifTool({u"-a"_s, u"-G0:1:4"_s, u"-s"_s, u"-charset"_s, u"iptc=UTF8"_s, path});
+    // comes as the bytes stored, each item of a list decoded on its own.
+    const CommandResult result = exifTool(
+        {u"-a"_s, u"-G0:1:4"_s, u"-s"_s, u"-charset"_s, u"iptc=UTF8"_s, u"-sep"_s, u"]|["_s, path});
     static const QRegularExpression member(u"^\\[([^\\]]+)\\]\\s+(\\S+)\\s*: (.*)$"_s);
     MetadataDump dump;
     const QList<QByteArray> lines = result.standardOutput.split('\n');
     for (const QByteArray &bytes : lines) {
-        QStringDecoder utf8(QStringConverter::Utf8);
-        QString line = utf8.decode(bytes);
-        if (utf8.hasError())
-            line = QString::fromLatin1(bytes);
-        const QRegularExpressionMatch match = member.match(line);
+        QStringList items;
+        // ExifTool shows control characters as dots, so the separator is plain text.
+        for (qsizetype start = 0; start <= bytes.size();) {
+            qsizetype end = bytes.indexOf("]|[", start);
+            if (end < 0)
+                end = bytes.size();
+            const QByteArray item = bytes.mid(start, end - start);
+            QStringDecoder utf8(QStringConverter::Utf8);
+            const QString text = utf8.decode(item);
+            items << (utf8.hasError() ? QString::fromLatin1(item) : text);
+            start = end + 3;
+        }
+        const QRegularExpressionMatch match = member.match(items.join(u", "_s));
         if (!match.hasMatch())
             continue;
         // Family 0, then family 1 where it differs, then the copy's number.
@@ -248,7 +256,7 @@ ExtendedAttributes extendedAttributes(const QString &path)
 QString setExtendedAttributes(const QString &path)
 {
     // An access control list as the kernel stores it: a version, then tag, permissions and id
-    // per entry, sorted by tag. The owner reads and writes, "nobody" and the rest read.
+    // per entry, sorted by tag. The owner and "nobody" read and write, the rest read.
     auto entry = [](quint16 tag, quint16 permissions, quint32 id) {
         QByteArray bytes(8, '\0');
         qToLittleEndian(tag, bytes.data());
@@ -259,8 +267,8 @@ QString setExtendedAttributes(const QString &path)
     constexpr quint32 noId = 0xffffffff;
     QByteArray acl(4, '\0');
     qToLittleEndian(quint32(2), acl.data());
-    acl += entry(0x01, 6, noId) + entry(0x02, 4, 65534) + entry(0x04, 4, noId)
-        + entry(0x10, 4, noId) + entry(0x20, 4, noId);
+    acl += entry(0x01, 6, noId) + entry(0x02, 6, 65534) + entry(0x04, 4, noId)
+        + entry(0x10, 6, noId) + entry(0x20, 4, noId);
 
     const QList<std::pair<QByteArray, QByteArray>> attributes = {
         {"user.xdg.tags", "harbour,dawn"},
