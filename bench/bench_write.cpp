@@ -42,8 +42,7 @@ void print(const QString &line)
 bool newValuesStored(const QString &path)
 {
     MetadataStorage &storage = MetadataStorage::shared();
-    return storage.getStringValue(path, u"City"_s, MetadataSource::ExifToolGeneric)
-        == u"Sydney"_s
+    return storage.getStringValue(path, u"City"_s, MetadataSource::ExifToolGeneric) == u"Sydney"_s
         && storage.getStringValue(path, u"GPSLatitudeRef"_s, MetadataSource::ExifToolGeneric)
         == u"South"_s;
 }

@@ -42,24 +42,23 @@ ExifWriteManager &ExifWriteManager::shared()
 bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
                                      std::optional<QString> &errorMessage)
 {
-    return writeFile(path, tagValuePairs, errorMessage,
-                     [](const FileReplacement &replacement, const QStringList &pairs) {
-                         const QString script = workerScript();
-                         // One pipe takes both outputs; it is drained before the child is
-                         // reaped, so a chatty worker can't stall on a full pipe.
-                         const ChildProcess::Started started = ChildProcess::start(
-                             script,
-                             workerArguments(replacement.target(), replacement.temporaryPath(),
-                                             pairs),
-                             QFileInfo(script).absolutePath(), ChildProcess::Input::Inherited,
-                             ChildProcess::ErrorOutput::IntoOutput);
-                         if (started.launchError != 0)
-                             return WorkerResult {0, QString(), launchFailure(started.launchError)};
-                         const QByteArray output = ChildProcess::readToEnd(started.output);
-                         close(started.output);
-                         const ChildProcess::Exit exit = ChildProcess::waitForExit(started.pid);
-                         return WorkerResult {exit.status, QString::fromUtf8(output), std::nullopt};
-                     });
+    return writeFile(
+        path, tagValuePairs, errorMessage,
+        [](const FileReplacement &replacement, const QStringList &pairs) {
+            const QString script = workerScript();
+            // One pipe takes both outputs; it is drained before the child is
+            // reaped, so a chatty worker can't stall on a full pipe.
+            const ChildProcess::Started started = ChildProcess::start(
+                script, workerArguments(replacement.target(), replacement.temporaryPath(), pairs),
+                QFileInfo(script).absolutePath(), ChildProcess::Input::Inherited,
+                ChildProcess::ErrorOutput::IntoOutput);
+            if (started.launchError != 0)
+                return WorkerResult {0, QString(), launchFailure(started.launchError)};
+            const QByteArray output = ChildProcess::readToEnd(started.output);
+            close(started.output);
+            const ChildProcess::Exit exit = ChildProcess::waitForExit(started.pid);
+            return WorkerResult {exit.status, QString::fromUtf8(output), std::nullopt};
+        });
 }
 
 bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
@@ -127,8 +126,7 @@ bool ExifWriteManager::writeFile(const QString &path, const QStringList &tagValu
     return true;
 }
 
-QList<QByteArray> ExifWriteManager::workerArguments(const QString &path,
-                                                    const QString &destination,
+QList<QByteArray> ExifWriteManager::workerArguments(const QString &path, const QString &destination,
                                                     const QStringList &tagValuePairs)
 {
     QList<QByteArray> arguments;

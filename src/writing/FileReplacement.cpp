@@ -86,9 +86,8 @@ std::unique_ptr<FileReplacement> FileReplacement::prepare(const QString &path,
             return nullptr;
         }
         replacement->m_exists = true;
-        const QList<QByteArray> names = attributeNames([&](char *buffer, size_t size) {
-            return listxattr(target.constData(), buffer, size);
-        });
+        const QList<QByteArray> names = attributeNames(
+            [&](char *buffer, size_t size) { return listxattr(target.constData(), buffer, size); });
         for (const QByteArray &name : names) {
             const ssize_t size = getxattr(target.constData(), name.constData(), nullptr, 0);
             if (size < 0)
@@ -133,7 +132,8 @@ bool FileReplacement::commit(QString *errorText)
             close(fd);
         if (kept) {
             if (rename(temporary.constData(), native(m_target).constData()) != 0) {
-                *errorText = QStringLiteral("Error renaming temporary file (%1)").arg(::errorText(errno));
+                *errorText
+                    = QStringLiteral("Error renaming temporary file (%1)").arg(::errorText(errno));
                 return false;
             }
             m_committed = true;
@@ -158,8 +158,9 @@ bool FileReplacement::reapplyExistingAttributes(int fd) const
     const QList<QByteArray> present
         = attributeNames([&](char *buffer, size_t size) { return flistxattr(fd, buffer, size); });
     for (const QByteArray &name : present) {
-        const bool original = std::any_of(m_attributes.cbegin(), m_attributes.cend(),
-                                          [&](const ExtendedAttribute &a) { return a.name == name; });
+        const bool original
+            = std::any_of(m_attributes.cbegin(), m_attributes.cend(),
+                          [&](const ExtendedAttribute &a) { return a.name == name; });
         if (!original && fremovexattr(fd, name.constData()) != 0)
             return false;
     }

@@ -270,18 +270,20 @@ void WriteEngine::setWriteWorkerIdleDelay(std::chrono::milliseconds delay)
 // let go, and exits once its input is closed.
 void WriteEngine::scheduleWorkerRelease()
 {
-    const int delayMs = m_serialQueue.syncValue<int>([this] { return int(m_writeWorkerIdleDelay.count()); });
+    const int delayMs
+        = m_serialQueue.syncValue<int>([this] { return int(m_writeWorkerIdleDelay.count()); });
     if (!m_workerReleaseTimer) {
         m_workerReleaseTimer = new QTimer;
         m_workerReleaseTimer->setSingleShot(true);
         std::weak_ptr<WriteEngine> weakEngine = weak_from_this();
-        QObject::connect(m_workerReleaseTimer, &QTimer::timeout, m_workerReleaseTimer, [weakEngine] {
-            if (std::shared_ptr<WriteEngine> engine = weakEngine.lock())
-                engine->m_serialQueue.async([engine] {
-                    if (!engine->m_isOperationRunning)
-                        engine->m_writeWorker.reset();
-                });
-        });
+        QObject::connect(m_workerReleaseTimer, &QTimer::timeout, m_workerReleaseTimer,
+                         [weakEngine] {
+                             if (std::shared_ptr<WriteEngine> engine = weakEngine.lock())
+                                 engine->m_serialQueue.async([engine] {
+                                     if (!engine->m_isOperationRunning)
+                                         engine->m_writeWorker.reset();
+                                 });
+                         });
     }
     m_workerReleaseTimer->start(delayMs);
 }

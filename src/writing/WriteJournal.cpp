@@ -121,8 +121,9 @@ void WriteJournal::setDirectory(const QString &directory)
     overriddenDirectory = directory;
 }
 
-std::unique_ptr<WriteJournal::Record>
-WriteJournal::begin(const QString &target, const QString &temporary, QString *errorText)
+std::unique_ptr<WriteJournal::Record> WriteJournal::begin(const QString &target,
+                                                          const QString &temporary,
+                                                          QString *errorText)
 {
     static QAtomicInt counter;
     const QString folder = directory();
@@ -130,7 +131,8 @@ WriteJournal::begin(const QString &target, const QString &temporary, QString *er
         *errorText = QStringLiteral("Can't make the folder ") + folder;
         return nullptr;
     }
-    const QString file = folder + QStringLiteral("/%1-%2").arg(getpid()).arg(counter.fetchAndAddRelaxed(1));
+    const QString file
+        = folder + QStringLiteral("/%1-%2").arg(getpid()).arg(counter.fetchAndAddRelaxed(1));
     const int fd = open(native(file).constData(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (fd < 0) {
         *errorText = ::errorText(errno);

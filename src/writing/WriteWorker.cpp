@@ -144,8 +144,8 @@ WriteWorker::Answer WriteWorker::waitForAnswer()
 QByteArray WriteWorker::request(const QString &path, const QString &destination,
                                 const QStringList &tagValuePairs)
 {
-    QByteArray line = QFile::encodeName(path).toBase64() + ' '
-        + QFile::encodeName(destination).toBase64();
+    QByteArray line
+        = QFile::encodeName(path).toBase64() + ' ' + QFile::encodeName(destination).toBase64();
     for (qsizetype i = 0; i + 1 < tagValuePairs.size(); i += 2)
         line += ' ' + tagValuePairs[i].toUtf8() + ' ' + tagValuePairs[i + 1].toUtf8().toBase64();
     return line + '\n';

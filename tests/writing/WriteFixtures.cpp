@@ -53,8 +53,9 @@ QList<QStringList> imageMetadata(const QString &extension, IptcText iptcText)
         return {arguments + text + moreText + QStringList {u"-IPTC:CodedCharacterSet=UTF8"_s}};
     case IptcText::UndeclaredMixed:
         // UTF-8 bytes first, with nothing in the record to say so; then Latin-1 beside them.
-        return {QStringList {u"-charset"_s, u"iptc=UTF8"_s} + arguments + text,
-                QStringList {u"-IPTC:Keywords+=Küste"_s, u"-IPTC:Caption-Abstract=Straße am Hafen"_s}};
+        return {
+            QStringList {u"-charset"_s, u"iptc=UTF8"_s} + arguments + text,
+            QStringList {u"-IPTC:Keywords+=Küste"_s, u"-IPTC:Caption-Abstract=Straße am Hafen"_s}};
     }
     return {arguments};
 }
@@ -113,8 +114,8 @@ CommandResult exifTool(const QStringList &arguments)
 
 const QStringList &writableFixtureTypes()
 {
-    static const QStringList types = {u"jpg"_s, u"tif"_s, u"png"_s, u"heic"_s, u"webp"_s,
-                                      u"gif"_s, u"pdf"_s, u"xmp"_s, u"mp4"_s, u"mov"_s, u"m4a"_s};
+    static const QStringList types = {u"jpg"_s, u"tif"_s, u"png"_s, u"heic"_s, u"webp"_s, u"gif"_s,
+                                      u"pdf"_s, u"xmp"_s, u"mp4"_s, u"mov"_s,  u"m4a"_s};
     return types;
 }
 
@@ -279,7 +280,8 @@ QString setExtendedAttributes(const QString &path)
     };
     const QByteArray native = QFile::encodeName(path);
     for (const auto &[name, value] : attributes) {
-        if (setxattr(native.constData(), name.constData(), value.constData(), size_t(value.size()), 0)
+        if (setxattr(native.constData(), name.constData(), value.constData(), size_t(value.size()),
+                     0)
             != 0)
             return u"can't set "_s + QString::fromLatin1(name) + u": "_s
                 + QString::fromLocal8Bit(strerror(errno));

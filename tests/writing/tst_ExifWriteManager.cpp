@@ -121,7 +121,8 @@ std::optional<pid_t> runningWorker()
         if (fields.size() < 2 || fields[1] != self)
             continue;
         QFile commandLine(u"/proc/"_s + pid + u"/cmdline"_s);
-        const QByteArray command = commandLine.open(QIODevice::ReadOnly) ? commandLine.readAll() : "";
+        const QByteArray command
+            = commandLine.open(QIODevice::ReadOnly) ? commandLine.readAll() : "";
         if (command.contains("set_tag.pl") && !command.contains("--serve"))
             return pid_t(pid.toInt());
     }
@@ -248,10 +249,9 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
     }
     {
         // Several shown places are the user's list: a city write leaves it whole.
-        const QStringList places
-            = {u"-XMP-iptcExt:LocationShown+={City=London,CountryCode=GB}"_s,
-               u"-XMP-iptcExt:LocationShown+={City=Paris,CountryCode=FR}"_s,
-               u"-XMP-iptcExt:LocationShown+={City=Berlin,CountryCode=DE}"_s};
+        const QStringList places = {u"-XMP-iptcExt:LocationShown+={City=London,CountryCode=GB}"_s,
+                                    u"-XMP-iptcExt:LocationShown+={City=Paris,CountryCode=FR}"_s,
+                                    u"-XMP-iptcExt:LocationShown+={City=Berlin,CountryCode=DE}"_s};
         const Expected expected
             = {{u"IPTC:City"_s, u"Zürich"_s}, {u"XMP-photoshop:City"_s, u"Zürich"_s}};
         QTest::newRow("jpg: MWG city keeps a list of shown places")
@@ -281,8 +281,8 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                                    {u"IPTC:City"_s, QString()},
                                    {u"IPTC:CodedCharacterSet"_s, QString()}};
         QTest::newRow("png: MWG city outside Latin-1 adds no IPTC")
-            << u"png"_s << IptcText::Latin1 << QStringList() << QStringList {u"MWG:City"_s, u"東京"_s}
-            << expected << mwgNames;
+            << u"png"_s << IptcText::Latin1 << QStringList()
+            << QStringList {u"MWG:City"_s, u"東京"_s} << expected << mwgNames;
     }
     {
         Expected expected = southEastInExif;
@@ -374,9 +374,10 @@ void tst_ExifWriteManager::writeKeepsEverythingElse()
     QString made = makeFixture(path, iptcText);
     QVERIFY2(made.isEmpty(), qPrintable(made));
     if (!setUp.isEmpty())
-        QCOMPARE(exifTool(QStringList {u"-q"_s, u"-overwrite_original"_s} + setUp + QStringList {path})
-                     .exitCode,
-                 0);
+        QCOMPARE(
+            exifTool(QStringList {u"-q"_s, u"-overwrite_original"_s} + setUp + QStringList {path})
+                .exitCode,
+            0);
 
     // An odd mode, an old date with nanoseconds, the user's extended attributes and, where
     // allowed, someone else's file.
@@ -469,8 +470,9 @@ void tst_ExifWriteManager::failureLeavesFileUntouched_data()
     const QStringList pairs
         = {u"GPSLatitude#"_s, u"-33.5"_s, u"GPSLatitudeRef"_s, u"South"_s, u"City"_s, u"Zürich"_s};
 
-    QTest::newRow("read-only file") << Failure::ReadOnlyFile << u"jpg"_s
-                                    << QStringList {u"File is read-only"_s, u"Permission denied"_s} << pairs;
+    QTest::newRow("read-only file")
+        << Failure::ReadOnlyFile << u"jpg"_s
+        << QStringList {u"File is read-only"_s, u"Permission denied"_s} << pairs;
     // As root only a read-only file system refuses; others get a folder without write access.
     QTest::newRow("read-only folder")
         << Failure::ReadOnlyFolder << u"jpg"_s
@@ -621,10 +623,10 @@ void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched()
     // between the look and the kill.
     bool killed = false;
     while (!done && !killed) {
-        const std::optional<pid_t> pid
-            = served ? (worker.processIdentifier() > 0 ? std::optional(worker.processIdentifier())
-                                                       : std::nullopt)
-                     : runningWorker();
+        const std::optional<pid_t> pid = served
+            ? (worker.processIdentifier() > 0 ? std::optional(worker.processIdentifier())
+                                              : std::nullopt)
+            : runningWorker();
         if (pid && kill(*pid, SIGSTOP) == 0) {
             if (newFileExists())
                 killed = kill(*pid, SIGKILL) == 0;
@@ -686,9 +688,9 @@ void tst_ExifWriteManager::hardLinkedFileIsWrittenInPlace()
     const ExtendedAttributes attributesBefore = extendedAttributes(path);
 
     std::optional<QString> message;
-    QVERIFY2(ExifWriteManager::shared().setTagsOfFile(link, {u"City"_s, u"Zürich"_s}, message,
-                                                      m_worker),
-             qPrintable(message.value_or(QString())));
+    QVERIFY2(
+        ExifWriteManager::shared().setTagsOfFile(link, {u"City"_s, u"Zürich"_s}, message, m_worker),
+        qPrintable(message.value_or(QString())));
 
     // One file under two names, as before, both showing the new city.
     struct stat statusAfter;
@@ -788,8 +790,7 @@ void tst_ExifWriteManager::argumentsCarryValuesInBase64()
 
     const QString path = u"/photos/a b/ünï.jpg"_s;
     const QString destination = u"/photos/a b/.ünï.jpg.new"_s;
-    const QList<QByteArray> arguments
-        = ExifWriteManager::workerArguments(path, destination, pairs);
+    const QList<QByteArray> arguments = ExifWriteManager::workerArguments(path, destination, pairs);
     QCOMPARE(arguments.size(), pairs.size() + 2);
     QCOMPARE(QFile::decodeName(arguments[0]), path);
     QCOMPARE(QFile::decodeName(arguments[1]), destination);

@@ -4,12 +4,12 @@
 
 #include "metadata/MetadataStorage.h"
 #include "platform/AlertPresenter.h"
+#include "platform/ChildProcess.h"
 #include "platform/ClipboardWriter.h"
 #include "session/Node.h"
 #include "writing/FileOperationLock.h"
 #include "writing/WriteEngine.h"
 #include "writing/WriteWorker.h"
-#include "platform/ChildProcess.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -84,8 +84,7 @@ void tst_WriteJournal::cutOffWriteInPlaceIsUndone()
 
     {
         QString why;
-        std::unique_ptr<WriteJournal::Record> record
-            = WriteJournal::begin(target, temporary, &why);
+        std::unique_ptr<WriteJournal::Record> record = WriteJournal::begin(target, temporary, &why);
         QVERIFY2(record, qPrintable(why));
         QVERIFY(record->noteRecoveryCopy(recovery));
         writeFile(recovery, QByteArray());

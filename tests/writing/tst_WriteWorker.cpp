@@ -74,7 +74,8 @@ void tst_WriteWorker::answersAsOneShotCallDoes()
     QTemporaryDir directory;
     QStringList sources;
     for (const QString &way : {u"one-shot"_s, u"served"_s}) {
-        const QString source = directory.filePath(way + u"-"_s + (name.isEmpty() ? u"gone.jpg"_s : name));
+        const QString source
+            = directory.filePath(way + u"-"_s + (name.isEmpty() ? u"gone.jpg"_s : name));
         if (name.endsWith(u".mp3"))
             QVERIFY(makeFixture(source).isEmpty());
         else if (!name.isEmpty())
@@ -116,7 +117,8 @@ void tst_WriteWorker::workerThatEndedBetweenFilesIsReplaced()
     QTRY_VERIFY(!ChildProcess::processorTime(pid)); // gone, not yet reaped
     const QString second = m_directory.filePath(u"second.jpg"_s);
     QVERIFY(QFile::copy(m_jpeg, second));
-    const WriteWorker::Answer answer = worker.write(second, second + u".new"_s, {u"City"_s, u"Bern"_s});
+    const WriteWorker::Answer answer
+        = worker.write(second, second + u".new"_s, {u"City"_s, u"Bern"_s});
     QCOMPARE(answer.outcome, Outcome::answered);
     QCOMPARE(answer.status, 0);
     QVERIFY(worker.processIdentifier() != pid);
@@ -146,7 +148,8 @@ void tst_WriteWorker::standInWorkers_data()
     QTest::newRow("dies") << QByteArray("exit 3;") << Outcome::stopped;
     QTest::newRow("silent and idle") << QByteArray("sleep 100;") << Outcome::hung;
     QTest::newRow("silent and busy")
-        << ("my $end = time + 3; my $x = 0; $x++ while time < $end; " + answer) << Outcome::answered;
+        << ("my $end = time + 3; my $x = 0; $x++ while time < $end; " + answer)
+        << Outcome::answered;
     QTest::newRow("answers in pieces")
         << QByteArray("print \"1\\nError: x\\n-<-do-not_use_this\"; sleep 1; "
                       "print \"InMetaData-Finished-->\";")
@@ -161,13 +164,14 @@ void tst_WriteWorker::standInWorkers()
     QFETCH(QByteArray, loop);
     QFETCH(Outcome, outcome);
 
-    const QString script = standIn(QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-'),
-                                   loop);
+    const QString script
+        = standIn(QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-'), loop);
     QVERIFY(!script.isEmpty());
     WriteWorker worker(script, std::chrono::milliseconds(1500));
     QElapsedTimer timer;
     timer.start();
-    const WriteWorker::Answer answer = worker.write(m_jpeg, m_jpeg + u".new"_s, {u"City"_s, u"Bern"_s});
+    const WriteWorker::Answer answer
+        = worker.write(m_jpeg, m_jpeg + u".new"_s, {u"City"_s, u"Bern"_s});
     QCOMPARE(answer.outcome, outcome);
     QVERIFY2(timer.elapsed() < 8000, "the worker was waited for too long");
     if (outcome == Outcome::answered)
