@@ -16,7 +16,8 @@ extern char **environ;
 namespace ChildProcess {
 
 Started start(const QString &program, const QList<QByteArray> &arguments, const QString &directory,
-              Input input, ErrorOutput errorOutput)
+              Input input, ErrorOutput errorOutput,
+              const std::optional<QList<QByteArray>> &environment)
 {
     Started started;
     int inputPipe[2] = {-1, -1};
@@ -58,8 +59,14 @@ Started start(const QString &program, const QList<QByteArray> &arguments, const 
     posix_spawnattr_setsigdefault(&attributes, &defaults);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 
-    const int error
-        = posix_spawn(&started.pid, path.constData(), &actions, &attributes, argv.data(), environ);
+    std::vector<char *> envp;
+    if (environment) {
+        for (const QByteArray &variable : *environment)
+            envp.push_back(const_cast<char *>(variable.constData()));
+        envp.push_back(nullptr);
+    }
+    const int error = posix_spawn(&started.pid, path.constData(), &actions, &attributes,
+                                  argv.data(), environment ? envp.data() : environ);
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
 

@@ -24,9 +24,11 @@ struct Started
     int launchError = 0; // errno of a failed start; then nothing is open
 };
 
-// Starts program (its own executable) with the arguments, in directory, with our environment.
+// Starts program (its own executable) with the arguments, in directory, with the environment
+// given as NAME=VALUE entries or else ours.
 Started start(const QString &program, const QList<QByteArray> &arguments, const QString &directory,
-              Input input, ErrorOutput errorOutput);
+              Input input, ErrorOutput errorOutput,
+              const std::optional<QList<QByteArray>> &environment = std::nullopt);
 
 // Writes all of data; false when the reader is gone. SIGPIPE is held back on this thread
 // meanwhile, so a dead child can't end the application.
