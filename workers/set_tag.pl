@@ -218,6 +218,8 @@ sub setValue
 sub writeOnce
 {
     my ($request, $destination) = @_;
+    # Standard output is the conversation with Palomet: nothing else may ever reach it.
+    $writer->Options(Verbose => 0, TextOut => \*STDERR);
     $writer->SetNewValue();
     # A JPEG XL codestream takes metadata only inside a container; wrapping it changes nothing
     # in the image.
@@ -317,7 +319,7 @@ sub writeOnce
     $! = 0;
     my $result = $writer->WriteInfo($$request{path}, $destination);
     my $cause = "$!";
-    $writer->Options(Verbose => 0, TextOut => \*STDOUT);
+    $writer->Options(Verbose => 0, TextOut => \*STDERR);
     close $logHandle;
     my $error = $writer->GetValue('Error');
     if ($result == 0 or $error) {
