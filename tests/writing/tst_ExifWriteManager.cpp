@@ -1,5 +1,6 @@
 #include "WriteFixtures.h"
 
+#include "platform/Resources.h"
 #include "writing/ExifWriteManager.h"
 #include "writing/WriteJournal.h"
 #include "writing/WriteWorker.h"
@@ -748,7 +749,21 @@ void tst_ExifWriteManager::writeWithoutRootRights()
     const ExtendedAttributes attributesBefore = extendedAttributes(path);
     const QByteArray bytesBefore = fileHash(path);
 
-    const QString helper = QCoreApplication::applicationDirPath() + u"/write_file"_s;
+    // The build folder may be closed to other users: "nobody" gets a copy of the helper and of
+    // the resources beside it.
+    QString helper = QCoreApplication::applicationDirPath() + u"/write_file"_s;
+    if (root) {
+        const QString copy = m_root.filePath(u"helper"_s);
+        if (!QFileInfo::exists(copy + u"/write_file"_s)) {
+            QDir().mkpath(copy);
+            QVERIFY(QFile::copy(helper, copy + u"/write_file"_s));
+            QCOMPARE(
+                run(u"cp"_s, {u"-r"_s, Resources::directory(), copy + u"/resources"_s}).exitCode,
+                0);
+            QCOMPARE(run(u"chmod"_s, {u"-R"_s, u"a+rX"_s, copy}).exitCode, 0);
+        }
+        helper = copy + u"/write_file"_s;
+    }
     QStringList arguments = {u"--served"_s, journal, path, u"City"_s, u"Zürich"_s};
     const CommandResult result = root
         ? run(u"setpriv"_s,
