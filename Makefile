@@ -36,7 +36,7 @@ benchmarks: build
 
 bench: benchmarks
 	@set -e; for b in $(BUILD_DIR)/bench/bench_*; do \
-	    [ -x "$$b" ] || continue; echo "== $$b"; "$$b"; done
+	    [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$b"; "$$b"; done
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
