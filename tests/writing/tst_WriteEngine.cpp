@@ -2,6 +2,7 @@
 #include "WriteFixtures.h"
 #include "WriteTestDoubles.h"
 
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "platform/AlertPresenter.h"
 #include "platform/ChildProcess.h"
@@ -139,6 +140,8 @@ bool tst_WriteEngine::waitUntilIdle()
     const bool idle
         = TestSupport::waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); }, 60000);
     QTest::qWait(50);
+    // The written files are read anew in the background.
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     return idle;
 }
 
