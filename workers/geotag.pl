@@ -52,6 +52,7 @@ sub newTagger
 {
     my $et = Image::ExifTool->new;
     $et->Options(GeoMaxIntSecs => $maxGap, GeoMaxExtSecs => $maxExtension);
+    $et->SetNewValue('Geosync', sprintf('%+.3f', $sync));
     return $et;
 }
 
