@@ -141,9 +141,10 @@ sub place
             $answer .= "miss\t$id\tother\t0\tNo GPS track loaded\n";
             next;
         }
-        # Writing to QuickTime alone makes ExifTool set one coordinate triple and nothing else:
-        # the same position it would write anywhere, for a fraction of the work.
-        my ($set, $error) = $tagger->SetNewValue('Keys:Geotime', $time);
+        # What writing Keys:Geotime runs, called directly: to QuickTime alone ExifTool sets one
+        # coordinate triple and nothing else, the same position it would write anywhere, for a
+        # fraction of the work; without the tag's own wrapping it costs half again as little.
+        my $error = Image::ExifTool::Geotag::SetGeoValues($tagger, $time, 'Keys');
         my $coordinates = $tagger->GetNewValue('Keys:GPSCoordinates');
         # The stored form is ISO 6709: "+48.8583+002.2944+35.000/".
         if (not ($error and $error =~ /\S/) and defined $coordinates

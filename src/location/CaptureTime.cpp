@@ -9,6 +9,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The value as the reader stored it, or empty: missing values are not "Null" here.
+QString textValue(const Node &node, const QString &key)
+{
+    const WrappedMetaDataValue value = node.getWrappedValueSync(key);
+    return value.kind() == WrappedMetaDataValue::Kind::StringValue ? value.stringValue().trimmed()
+                                                                   : QString();
+}
+
 // "2024:05:01 10:00:00", with fraction and offset where present ("...00.25+02:00", "...Z").
 std::optional<double> parseExifTime(const QString &text, const QString &offsetText,
                                     const QTimeZone &zone)
@@ -44,13 +52,6 @@ std::optional<double> parseExifTime(const QString &text, const QString &offsetTe
     if (!instant.isValid())
         return std::nullopt;
     return double(instant.toMSecsSinceEpoch()) / 1000.0 + fraction;
-}
-
-QString textValue(const Node &node, const QString &key)
-{
-    const WrappedMetaDataValue value = node.getWrappedValueSync(key);
-    return value.kind() == WrappedMetaDataValue::Kind::StringValue ? value.stringValue()
-                                                                   : QString();
 }
 
 } // namespace

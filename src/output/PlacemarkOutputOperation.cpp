@@ -11,6 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The value as the reader stored it, or empty: missing values are not "Null" here.
 QString textValue(const Node &node, const QString &key)
 {
     const WrappedMetaDataValue value = node.getWrappedValueSync(key);
