@@ -56,7 +56,9 @@ FlatFileListPtr tst_PlacemarkOutputOperation::list()
     m_fixture.store(earlier, u"GPSAltitude#"_s, u"35.4"_s);
     m_fixture.store(earlier, u"GPSAltitudeRef"_s, u"Above Sea Level"_s);
     m_fixture.store(earlier, u"Sub-location"_s, u"Champ de Mars"_s);
-    m_fixture.store(earlier, u"City"_s, u"Paris & \x01" u"environs"_s);
+    m_fixture.store(earlier, u"City"_s,
+                    u"Paris & \x01"
+                    u"environs"_s);
     m_fixture.store(earlier, u"Province-State"_s, u"Île-de-France"_s);
     m_fixture.store(earlier, u"Country"_s, u"France"_s);
     m_fixture.store(earlier, u"DateTimeOriginal"_s, u"2024:05:01 10:05:00"_s); // Paris time
