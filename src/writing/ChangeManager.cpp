@@ -62,6 +62,15 @@ QStringList ChangeManager::gpsTagValuePairs(const QString &fileExtension, const 
     return pairs;
 }
 
+QStringList ChangeManager::positionTagValuePairs(const QString &path, const QString &latitude,
+                                                 const QString &longitude)
+{
+    QStringList pairs = gpsTagValuePairs(QFileInfo(path).suffix(), latitude, longitude);
+    if (xmpPresent(path))
+        pairs << u"XMP:GPSLatitude"_s << latitude << u"XMP:GPSLongitude"_s << longitude;
+    return pairs;
+}
+
 bool ChangeManager::xmpPresent(const QString &path)
 {
     return MetadataStorage::shared().getStringValue(path, u"XMPPresent"_s,
@@ -143,10 +152,8 @@ void ChangeManager::applyGPSCoordinates(const QString &latitude, const QString &
     sink.clearErrors();
     for (const NodePtr &node : selection) {
         const QString &path = node->absolutePath;
-        QStringList pairs = gpsTagValuePairs(QFileInfo(path).suffix(), latitude, longitude);
-        if (xmpPresent(path))
-            pairs << u"XMP:GPSLatitude"_s << latitude << u"XMP:GPSLongitude"_s << longitude;
-        sink.addPendingWrite({path, pairs, node, reannounceSelectionHandler()});
+        sink.addPendingWrite({path, positionTagValuePairs(path, latitude, longitude), node,
+                              reannounceSelectionHandler()});
     }
     sink.flushImmediately();
 }

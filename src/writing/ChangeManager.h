@@ -34,6 +34,9 @@ public:
     // The pairs of one position for a file with the given extension, without the XMP pairs.
     static QStringList gpsTagValuePairs(const QString &fileExtension, const QString &latitude,
                                         const QString &longitude);
+    // All the pairs of one position for the file: with the XMP copy where the file has XMP.
+    static QStringList positionTagValuePairs(const QString &path, const QString &latitude,
+                                             const QString &longitude);
 
 private:
     static DataModel &dataModel();
