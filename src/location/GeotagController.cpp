@@ -1,6 +1,7 @@
 #include "GeotagController.h"
 
 #include "CaptureTime.h"
+#include "metadata/SidecarFiles.h"
 #include "platform/MainQueue.h"
 #include "writing/ChangeManager.h"
 #include "writing/PendingWriteSink.h"
@@ -251,15 +252,25 @@ int GeotagController::apply()
     for (const Item &item : m_preview) {
         if (!item.placed())
             continue;
-        const QString &path = item.node->absolutePath;
+        // The file, its XMP sidecar or both, as the settings and the file's type say; an item
+        // counts as written once all of its targets are.
+        const QStringList targets = SidecarFiles::writeTargets(item.node->absolutePath);
+        if (targets.isEmpty())
+            continue;
+        auto targetsLeft = std::make_shared<std::pair<qsizetype, bool>>(targets.size(), true);
         ++tally->outstanding;
-        sink.addPendingWrite(
-            {path, ChangeManager::positionTagValuePairs(path, item.latitude, item.longitude),
-             item.node, [this, tally, alive](bool success) {
-                 ++(success ? tally->written : tally->failed);
-                 if (--tally->outstanding == 0 && !alive.expired() && m_view)
-                     m_view->geotagApplyFinished(tally->written, tally->failed);
-             }});
+        for (const QString &path : targets) {
+            sink.addPendingWrite(
+                {path, ChangeManager::positionTagValuePairs(path, item.latitude, item.longitude),
+                 item.node, [this, tally, targetsLeft, alive](bool success) {
+                     targetsLeft->second = targetsLeft->second && success;
+                     if (--targetsLeft->first > 0)
+                         return;
+                     ++(targetsLeft->second ? tally->written : tally->failed);
+                     if (--tally->outstanding == 0 && !alive.expired() && m_view)
+                         m_view->geotagApplyFinished(tally->written, tally->failed);
+                 }});
+        }
     }
     const int sent = tally->outstanding;
     if (sent > 0)
