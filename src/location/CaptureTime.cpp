@@ -9,14 +9,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The value as the reader stored it, or empty: missing values are not "Null" here.
-QString textValue(const Node &node, const QString &key)
-{
-    const WrappedMetaDataValue value = node.getWrappedValueSync(key);
-    return value.kind() == WrappedMetaDataValue::Kind::StringValue ? value.stringValue().trimmed()
-                                                                   : QString();
-}
-
 // "2024:05:01 10:00:00", with fraction and offset where present ("...00.25+02:00", "...Z").
 std::optional<double> parseExifTime(const QString &text, const QString &offsetText,
                                     const QTimeZone &zone)
@@ -66,4 +58,11 @@ std::optional<double> CaptureTime::of(const Node &node, const QTimeZone &zone)
     const bool quickTime = ExifToolHelper::isQuickTimeFamily(QFileInfo(node.absolutePath).suffix());
     return parseExifTime(created, quickTime ? u"Z"_s : textValue(node, u"OffsetTimeDigitized"_s),
                          zone);
+}
+
+QString CaptureTime::textValue(const Node &node, const QString &key)
+{
+    const WrappedMetaDataValue value = node.getWrappedValueSync(key);
+    return value.kind() == WrappedMetaDataValue::Kind::StringValue ? value.stringValue().trimmed()
+                                                                   : QString();
 }

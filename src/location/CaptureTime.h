@@ -13,4 +13,7 @@ namespace CaptureTime {
 // a file without a usable date. Reads values the node has not read yet on the calling thread.
 std::optional<double> of(const Node &node, const QTimeZone &zone);
 
+// A value as the reader stored it, trimmed, or empty: a missing value is not "Null" here.
+QString textValue(const Node &node, const QString &key);
+
 } // namespace CaptureTime

@@ -11,13 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The value as the reader stored it, or empty: missing values are not "Null" here.
-QString textValue(const Node &node, const QString &key)
-{
-    const WrappedMetaDataValue value = node.getWrappedValueSync(key);
-    return value.kind() == WrappedMetaDataValue::Kind::StringValue ? value.stringValue().trimmed()
-                                                                   : QString();
-}
+using CaptureTime::textValue;
 
 // A coordinate as the reader stores it: unsigned with its reference word, or signed where the
 // file keeps no reference (movies).
