@@ -11,6 +11,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMimeData>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTableView>
 #include <QTimer>
@@ -56,6 +57,17 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     timer->start(100);
     refreshStatus();
     resize(900, 560);
+}
+
+void FirstWindow::setMapWidget(QWidget *map)
+{
+    auto *splitter = new QSplitter(Qt::Horizontal, this);
+    splitter->addWidget(takeCentralWidget());
+    splitter->addWidget(map);
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 1);
+    setCentralWidget(splitter);
+    resize(1280, 720);
 }
 
 QString FirstWindow::statusText() const

@@ -19,6 +19,9 @@ public:
     FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> engine,
                 QWidget *parent = nullptr);
 
+    // Shows the map beside the list; the window takes it.
+    void setMapWidget(QWidget *map);
+
     // Adds dropped or given paths to the source list, which starts a scan.
     void openPaths(const QStringList &paths);
 

@@ -6,6 +6,7 @@
 #include "Fixtures.h"
 #include "TestSupport.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,6 +18,10 @@ class RecordingMarkers : public MediaFileMarkers
 public:
     void addMarker(const NodePtr &node) override { paths << node->name; }
     void removeAllMediaFileMarkers() override { paths.clear(); }
+    void removeMediaFileMarker(const QString &path) override
+    {
+        paths.removeAll(QFileInfo(path).fileName());
+    }
     QStringList paths;
 };
 } // namespace
