@@ -1,6 +1,7 @@
 #include "MapSearchField.h"
 
 #include "MapSearchResultsPopup.h"
+#include "MapSymbols.h"
 #include "map/MapSearch.h"
 
 #include <QAction>
@@ -15,7 +16,8 @@ MapSearchField::MapSearchField(MapSearch &search, QWidget *parent)
     setPlaceholderText(tr("Search for a place or go to a coordinate"));
     setToolTip(tr("Type a place name, or a coordinate such as 48.8584, 2.2945, and press Return"));
     setClearButtonEnabled(true);
-    addAction(QIcon::fromTheme(QStringLiteral("edit-find")), QLineEdit::LeadingPosition);
+    addAction(QIcon::fromTheme(QStringLiteral("edit-find"), MapSymbols::magnifier()),
+              QLineEdit::LeadingPosition);
     setCompleter(nullptr);
     setMinimumWidth(220);
 

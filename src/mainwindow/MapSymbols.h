@@ -9,5 +9,9 @@
 namespace MapSymbols {
 
 QIcon icon(const QString &symbol, const QString &badge = {}, const QString &themeFallback = {});
+// Drawn here in the palette's text colour when they are painted: a globe for the online map, a
+// magnifying glass for the search field.
+QIcon globe();
+QIcon magnifier();
 
 } // namespace MapSymbols

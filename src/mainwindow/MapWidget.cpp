@@ -1,8 +1,9 @@
 #include "MapWidget.h"
 
+#include "MapModeToolbar.h"
 #include "MapOverlayView.h"
 #include "MapSearchField.h"
-#include "MapToolbars.h"
+#include "MapZoomToolbar.h"
 #include "location/PinAndStepperController.h"
 #include "map/MapDelegate.h"
 #include "map/MapOverlay.h"
@@ -49,6 +50,10 @@ MapWidget::~MapWidget()
     m_delegate.setOverlayModeSource(nullptr);
     if (m_delegate.mapView() == m_mapView)
         m_delegate.setMapView(nullptr);
+    // The views listen to the overlay and the search, which go before the children would.
+    delete std::exchange(m_searchField, nullptr);
+    delete std::exchange(m_modeToolbar, nullptr);
+    delete std::exchange(m_overlayView, nullptr);
 }
 
 void MapWidget::setPinController(PinAndStepperController *controller)
@@ -102,28 +107,29 @@ void MapWidget::childEvent(QChildEvent *event)
 
 void MapWidget::placeFloatingViews()
 {
-    if (!m_mapView)
+    // Children come one by one while the widget is being made.
+    if (!m_mapView || !m_overlayView || !m_modeToolbar || !m_zoomToolbar || !m_searchField)
         return;
     m_mapView->setGeometry(rect());
     m_overlayView->setGeometry(rect());
     int left = floatingMargin;
     int right = width() - floatingMargin;
-    if (m_modeToolbar && m_modeToolbar->parent() == this) {
+    if (m_modeToolbar->parent() == this) {
         m_modeToolbar->adjustSize();
         m_modeToolbar->move(left, floatingMargin);
         m_modeToolbar->raise();
         left += m_modeToolbar->width() + floatingMargin;
     }
-    if (m_zoomToolbar && m_zoomToolbar->parent() == this) {
+    if (m_zoomToolbar->parent() == this) {
         m_zoomToolbar->adjustSize();
         m_zoomToolbar->move(right - m_zoomToolbar->width(), floatingMargin);
         m_zoomToolbar->raise();
         right -= m_zoomToolbar->width() + floatingMargin;
     }
-    if (m_searchField && m_searchField->parent() == this) {
+    if (m_searchField->parent() == this) {
         const int available = right - left;
         const int fieldWidth = std::clamp(available, 160, 360);
-        const int toolbarHeight = m_modeToolbar ? m_modeToolbar->sizeHint().height() : 30;
+        const int toolbarHeight = m_modeToolbar->sizeHint().height();
         const int fieldHeight = m_searchField->sizeHint().height();
         // Between the toolbars when there is room, under them when not.
         if (available >= 200)

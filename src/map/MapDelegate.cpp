@@ -39,6 +39,10 @@ struct MapDelegate::IndexedLayer
     // The points changed after the index was made.
     bool stale = false;
     bool building = false;
+    // While markers keep coming, builds take at most half of the time, so that they do not
+    // starve the readers.
+    std::chrono::steady_clock::time_point nextBuild {};
+    bool wakeUpPosted = false;
 };
 
 namespace {
@@ -66,22 +70,35 @@ struct CoordinateBox
     }
 };
 
-std::optional<QString> exifToolString(const Node &node, const QString &key)
+// A file's position as the store holds it: the two numbers, and for files outside the QuickTime
+// family their references.
+struct StoredPosition
 {
-    return MetadataStorage::shared().getStringValue(node.absolutePath, key,
-                                                    MetadataSource::ExifToolGeneric);
+    std::optional<QString> latitude, longitude, latitudeRef, longitudeRef;
+};
+
+StoredPosition storedPosition(const Node &node)
+{
+    // One visit of the store's queue for all four: the readers hand over markers by the
+    // thousand.
+    static const QStringList keys {u"GPSLatitude#"_s, u"GPSLongitude#"_s, u"GPSLatitudeRef"_s,
+                                   u"GPSLongitudeRef"_s};
+    const QList<std::optional<QString>> values = MetadataStorage::shared().getStringValues(
+        node.absolutePath, keys, MetadataSource::ExifToolGeneric);
+    return {values.at(0), values.at(1), values.at(2), values.at(3)};
 }
 
-// The place of a node from its ExifTool values, or absent when they do not make one.
-std::optional<Coordinate2D> coordinateFromStrings(const Node &node, const QString &latitude,
-                                                  const QString &longitude)
+// The place of a node from its ExifTool values, or absent when they do not make one. Signed
+// numbers for the QuickTime family, whose references are not looked at; otherwise unsigned ones
+// with their references, north and east when missing.
+std::optional<Coordinate2D> coordinateFromStrings(const Node &node, const StoredPosition &stored)
 {
     const LocationHelper &helper = LocationHelper::shared();
     if (ExifToolHelper::isQuickTimeFamily(QFileInfo(node.absolutePath).suffix()))
-        return helper.coordinateFromDD(latitude, longitude);
-    const QString longitudeRef = exifToolString(node, u"GPSLongitudeRef"_s).value_or(u"E"_s);
-    const QString latitudeRef = exifToolString(node, u"GPSLatitudeRef"_s).value_or(u"N"_s);
-    return helper.createCLLocationCoordinate2DFrom(latitude, longitude, latitudeRef, longitudeRef);
+        return helper.coordinateFromDD(*stored.latitude, *stored.longitude);
+    return helper.createCLLocationCoordinate2DFrom(*stored.latitude, *stored.longitude,
+                                                   stored.latitudeRef.value_or(u"N"_s),
+                                                   stored.longitudeRef.value_or(u"E"_s));
 }
 
 ClusterSelectionState selectionState(quint32 selected, quint32 members)
@@ -165,11 +182,10 @@ void MapDelegate::uninstall()
 
 std::optional<Coordinate2D> MapDelegate::markerCoordinate(const Node &node)
 {
-    const std::optional<QString> longitude = exifToolString(node, u"GPSLongitude#"_s);
-    const std::optional<QString> latitude = exifToolString(node, u"GPSLatitude#"_s);
-    if (!longitude || !latitude)
+    const StoredPosition stored = storedPosition(node);
+    if (!stored.longitude || !stored.latitude)
         qFatal("Could not parse GPS data for %s", qPrintable(node.absolutePath));
-    return coordinateFromStrings(node, *latitude, *longitude);
+    return coordinateFromStrings(node, stored);
 }
 
 void MapDelegate::addMarker(const NodePtr &node)
@@ -228,13 +244,15 @@ void MapDelegate::applyPendingChanges()
     }
     if (changes.empty())
         return;
+    bool removed = false;
     for (PendingChange &change : changes) {
         switch (change.kind) {
         case PendingChange::Kind::add:
+            removed |= removeMarkerOfPath(change.marker.smartAbsolutePath);
             insertMarker(std::move(change.marker));
             break;
         case PendingChange::Kind::remove:
-            removeMarkerOfPath(change.smartPath);
+            removed |= removeMarkerOfPath(change.smartPath);
             break;
         case PendingChange::Kind::removeAll:
             // Pins and plain markers stay.
@@ -243,18 +261,22 @@ void MapDelegate::applyPendingChanges()
             m_selectedById.clear();
             m_markerIdBySmartPath.clear();
             m_markerCount = 0;
+            removed = true;
             break;
         }
     }
+    // New markers show with the next index; until then the scene stays as it is. A marker that
+    // went leaves its cluster at once.
     m_fileLayer->stale = true;
-    m_countsValid = false;
-    m_sceneValid = false;
+    if (removed) {
+        m_countsValid = false;
+        m_sceneValid = false;
+    }
     setNeedsSceneUpdate();
 }
 
 void MapDelegate::insertMarker(Marker marker)
 {
-    removeMarkerOfPath(marker.smartAbsolutePath);
     const quint32 id = m_firstMarkerId + quint32(m_markers.size());
     m_markerIdBySmartPath.insert(marker.smartAbsolutePath, id);
     m_selectedById.push_back(m_selectedPaths.contains(marker.smartAbsolutePath) ? 1 : 0);
@@ -262,17 +284,18 @@ void MapDelegate::insertMarker(Marker marker)
     ++m_markerCount;
 }
 
-void MapDelegate::removeMarkerOfPath(const QString &smartPath)
+bool MapDelegate::removeMarkerOfPath(const QString &smartPath)
 {
     const auto found = m_markerIdBySmartPath.constFind(smartPath);
     if (found == m_markerIdBySmartPath.cend())
-        return;
+        return false;
     const quint32 id = *found;
     m_markerIdBySmartPath.erase(found);
     m_markers[id - m_firstMarkerId].reset();
     m_selectedById[id - m_firstMarkerId] = 0;
     --m_markerCount;
     m_selectedAnnotations.removeAll(AnnotationRef {AnnotationKind::mediaFile, id});
+    return true;
 }
 
 const MapDelegate::Marker *MapDelegate::markerById(qint64 id) const
@@ -550,11 +573,10 @@ void MapDelegate::adjustMapToShowNodes(const QList<NodePtr> &nodes)
 {
     CoordinateBox box;
     for (const NodePtr &node : nodes) {
-        const std::optional<QString> longitude = exifToolString(*node, u"GPSLongitude#"_s);
-        const std::optional<QString> latitude = exifToolString(*node, u"GPSLatitude#"_s);
-        if (!longitude || !latitude)
+        const StoredPosition stored = storedPosition(*node);
+        if (!stored.longitude || !stored.latitude)
             continue;
-        if (const auto coordinate = coordinateFromStrings(*node, *latitude, *longitude))
+        if (const auto coordinate = coordinateFromStrings(*node, stored))
             box.add(*coordinate);
     }
     if (box.empty)
@@ -576,31 +598,51 @@ void MapDelegate::setNeedsSceneUpdate()
     }));
 }
 
-void MapDelegate::rebuildIndex(IndexedLayer &layer, std::vector<MarkerClusterIndex::Point> points)
+void MapDelegate::rebuildIndex(
+    IndexedLayer &layer, const std::function<std::vector<MarkerClusterIndex::Point>()> &points)
 {
-    layer.stale = false;
-    if (qsizetype(points.size()) <= immediateIndexLimit) {
-        layer.index = std::make_shared<MarkerClusterIndex>(points, layer.radius);
+    if (layer.building || !layer.stale)
+        return;
+    std::vector<MarkerClusterIndex::Point> snapshot = points();
+    if (qsizetype(snapshot.size()) <= immediateIndexLimit) {
+        layer.stale = false;
+        layer.index = std::make_shared<MarkerClusterIndex>(snapshot, layer.radius);
         m_countsValid = false;
+        m_sceneValid = false;
         return;
     }
+    const auto now = std::chrono::steady_clock::now();
+    if (now < layer.nextBuild) {
+        if (!std::exchange(layer.wakeUpPosted, true)) {
+            const auto wait = std::chrono::ceil<std::chrono::milliseconds>(layer.nextBuild - now);
+            MainQueue::postAfter(int(wait.count()), guarded([target = &layer](MapDelegate &self) {
+                                     target->wakeUpPosted = false;
+                                     self.setNeedsSceneUpdate();
+                                 }));
+        }
+        return;
+    }
+    layer.stale = false;
     layer.building = true;
     IndexedLayer *target = &layer;
     const double radius = layer.radius;
-    m_indexQueue.async(
-        [weak = std::weak_ptr<MapDelegate *>(m_self), target, radius, points = std::move(points)] {
-            auto index = std::make_shared<const MarkerClusterIndex>(points, radius);
-            MainQueue::post([weak, target, index = std::move(index)] {
-                const auto self = weak.lock();
-                if (!self)
-                    return;
-                target->index = index;
-                target->building = false;
-                (*self)->m_countsValid = false;
-                (*self)->m_sceneValid = false;
-                (*self)->setNeedsSceneUpdate();
-            });
+    m_indexQueue.async([weak = std::weak_ptr<MapDelegate *>(m_self), target, radius,
+                        snapshot = std::move(snapshot)] {
+        const auto started = std::chrono::steady_clock::now();
+        auto index = std::make_shared<const MarkerClusterIndex>(snapshot, radius);
+        const auto took = std::chrono::steady_clock::now() - started;
+        MainQueue::post([weak, target, took, index = std::move(index)] {
+            const auto self = weak.lock();
+            if (!self)
+                return;
+            target->index = index;
+            target->building = false;
+            target->nextBuild = std::chrono::steady_clock::now() + took;
+            (*self)->m_countsValid = false;
+            (*self)->m_sceneValid = false;
+            (*self)->setNeedsSceneUpdate();
         });
+    });
 }
 
 void MapDelegate::recomputeCounts()
@@ -621,7 +663,7 @@ void MapDelegate::recomputeCounts()
 
 const MapScene &MapDelegate::scene()
 {
-    if (!m_fileLayer->building && m_fileLayer->stale) {
+    rebuildIndex(*m_fileLayer, [this] {
         std::vector<MarkerClusterIndex::Point> points;
         points.reserve(size_t(m_markerCount));
         for (size_t slot = 0; slot < m_markers.size(); ++slot) {
@@ -629,19 +671,17 @@ const MapScene &MapDelegate::scene()
             if (marker && marker->coordinate)
                 points.push_back({*marker->coordinate, quint32(m_firstMarkerId + slot)});
         }
-        rebuildIndex(*m_fileLayer, std::move(points));
-        m_sceneValid = false;
-    }
-    if (!m_plainLayer->building && m_plainLayer->stale) {
+        return points;
+    });
+    rebuildIndex(*m_plainLayer, [this] {
         std::vector<MarkerClusterIndex::Point> points;
         points.reserve(size_t(m_pointAnnotations.size()));
         for (qsizetype i = 0; i < m_pointAnnotations.size(); ++i) {
             const PointAnnotation &a = m_pointAnnotations.at(i);
             points.push_back({{a.latitude, a.longitude}, quint32(i)});
         }
-        rebuildIndex(*m_plainLayer, std::move(points));
-        m_sceneValid = false;
-    }
+        return points;
+    });
     if (!m_countsValid) {
         recomputeCounts();
         m_sceneValid = false;

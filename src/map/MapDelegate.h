@@ -147,12 +147,16 @@ private:
 
     void applyPendingChanges();
     void insertMarker(Marker marker);
-    void removeMarkerOfPath(const QString &smartPath);
+    // True when the path had a marker.
+    bool removeMarkerOfPath(const QString &smartPath);
     void selectionDidChange();
     void recomputeSelectionFlags();
     void recomputeCounts();
     void setNeedsSceneUpdate();
-    void rebuildIndex(IndexedLayer &layer, std::vector<MarkerClusterIndex::Point> points);
+    // Builds the layer's index from the points if they changed: at once when they are few,
+    // otherwise on the index queue, paced while changes keep coming.
+    void rebuildIndex(IndexedLayer &layer,
+                      const std::function<std::vector<MarkerClusterIndex::Point>()> &points);
     const Marker *markerById(qint64 id) const;
     std::optional<Coordinate2D> clusterCoordinate(const AnnotationRef &cluster) const;
     std::shared_ptr<const MarkerClusterIndex> indexOf(AnnotationKind kind) const;

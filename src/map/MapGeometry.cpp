@@ -44,7 +44,7 @@ Coordinate2D coordinateOfUnitPoint(QPointF point)
 
 double longitudeNear(double longitude, double reference)
 {
-    return longitude - 360.0 * std::round((longitude - reference) / 360.0);
+    return longitude - 360.0 * std::floor((longitude - reference + 180.0) / 360.0);
 }
 
 QPointF pointForCoordinate(const MapViewState &state, Coordinate2D coordinate)

@@ -34,7 +34,7 @@ QPointF unitPoint(Coordinate2D coordinate);
 Coordinate2D coordinateOfUnitPoint(QPointF point);
 double worldSize(double zoom);
 
-// The longitude moved by whole turns to lie within half a turn of the reference, so that a place
+// The longitude moved by whole turns into [reference - 180, reference + 180), so that a place
 // across the antimeridian is drawn and found next to the view's centre.
 double longitudeNear(double longitude, double reference);
 

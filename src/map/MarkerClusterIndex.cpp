@@ -3,6 +3,7 @@
 #include "MapGeometry.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
 
@@ -13,34 +14,35 @@ constexpr size_t nodeSize = 64;
 
 using Level = std::vector<MarkerClusterIndex::Entry>;
 
-void kdSort(std::vector<quint32> &permutation, const Level &level, size_t left, size_t right,
-            int axis)
+// Orders the entries as a k-d tree, in place: the middle entry of each range splits it by x or y,
+// alternately, down to ranges of nodeSize entries.
+void kdSort(Level &level, size_t left, size_t right, int axis)
 {
     if (right - left <= nodeSize)
         return;
     const size_t middle = (left + right) / 2;
-    std::nth_element(permutation.begin() + qsizetype(left), permutation.begin() + qsizetype(middle),
-                     permutation.begin() + qsizetype(right) + 1, [&](quint32 a, quint32 b) {
-                         return axis == 0 ? level[a].x < level[b].x : level[a].y < level[b].y;
-                     });
-    kdSort(permutation, level, left, middle - 1, 1 - axis);
-    kdSort(permutation, level, middle + 1, right, 1 - axis);
+    std::nth_element(
+        level.begin() + qsizetype(left), level.begin() + qsizetype(middle),
+        level.begin() + qsizetype(right) + 1,
+        [axis](const MarkerClusterIndex::Entry &a, const MarkerClusterIndex::Entry &b) {
+            return axis == 0 ? a.x < b.x : a.y < b.y;
+        });
+    kdSort(level, left, middle - 1, 1 - axis);
+    kdSort(level, middle + 1, right, 1 - axis);
 }
 
 } // namespace
 
 void MarkerClusterIndex::sortForQueries(Level &level, std::vector<quint32> &permutation)
 {
-    permutation.resize(level.size());
-    for (quint32 i = 0; i < permutation.size(); ++i)
-        permutation[i] = i;
+    // Until the leaves are numbered, firstLeaf carries each entry's place before the sort.
+    for (quint32 i = 0; i < level.size(); ++i)
+        level[i].firstLeaf = i;
     if (!level.empty())
-        kdSort(permutation, level, 0, level.size() - 1, 0);
-    Level sorted;
-    sorted.reserve(level.size());
-    for (const quint32 index : permutation)
-        sorted.push_back(level[index]);
-    level = std::move(sorted);
+        kdSort(level, 0, level.size() - 1, 0);
+    permutation.resize(level.size());
+    for (size_t k = 0; k < level.size(); ++k)
+        permutation[k] = level[k].firstLeaf;
 }
 
 void MarkerClusterIndex::rangeQuery(const Level &level, double minX, double minY, double maxX,
@@ -53,13 +55,15 @@ void MarkerClusterIndex::rangeQuery(const Level &level, double minX, double minY
         size_t left, right;
         int axis;
     };
-    std::vector<Range> stack {{0, level.size() - 1, 0}};
+    // A depth-first walk grows the stack by at most one range per level of the tree.
+    std::array<Range, 128> stack;
+    size_t depth = 0;
+    stack[depth++] = {0, level.size() - 1, 0};
     const auto inside = [&](const Entry &e) {
         return e.x >= minX && e.x <= maxX && e.y >= minY && e.y <= maxY;
     };
-    while (!stack.empty()) {
-        const Range range = stack.back();
-        stack.pop_back();
+    while (depth > 0) {
+        const Range range = stack[--depth];
         if (range.right - range.left <= nodeSize) {
             for (size_t i = range.left; i <= range.right; ++i) {
                 if (inside(level[i]))
@@ -72,9 +76,9 @@ void MarkerClusterIndex::rangeQuery(const Level &level, double minX, double minY
         if (inside(e))
             result.push_back(quint32(middle));
         if (range.axis == 0 ? minX <= e.x : minY <= e.y)
-            stack.push_back({range.left, middle - 1, 1 - range.axis});
+            stack[depth++] = {range.left, middle - 1, 1 - range.axis};
         if (range.axis == 0 ? maxX >= e.x : maxY >= e.y)
-            stack.push_back({middle + 1, range.right, 1 - range.axis});
+            stack[depth++] = {middle + 1, range.right, 1 - range.axis};
     }
 }
 
@@ -101,12 +105,15 @@ MarkerClusterIndex::MarkerClusterIndex(const std::vector<Point> &points, double 
     levels[rawLevel] = raw;
 
     std::vector<quint32> neighbours;
+    std::vector<char> taken;
     for (int z = maximumLevel; z >= 0; --z) {
         const Level &below = *levels[size_t(z) + 1];
         const double reach = radius / MapGeometry::worldSize(z);
+        const double reachSquared = reach * reach;
         auto built = std::make_shared<Level>();
+        built->reserve(below.size());
         std::vector<quint32> parent(below.size());
-        std::vector<char> taken(below.size(), 0);
+        taken.assign(below.size(), 0);
         bool merged = false;
         for (size_t i = 0; i < below.size(); ++i) {
             if (taken[i])
@@ -121,7 +128,9 @@ MarkerClusterIndex::MarkerClusterIndex(const std::vector<Point> &points, double 
             const auto newIndex = quint32(built->size());
             for (const quint32 n : neighbours) {
                 const Entry &other = below[n];
-                if (taken[n] || std::hypot(other.x - e.x, other.y - e.y) > reach)
+                const double dx = other.x - e.x;
+                const double dy = other.y - e.y;
+                if (taken[n] || dx * dx + dy * dy > reachSquared)
                     continue;
                 taken[n] = 1;
                 parent[n] = newIndex;

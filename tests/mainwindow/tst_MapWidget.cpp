@@ -1,5 +1,5 @@
+#include "MapModeToolbar.h"
 #include "MapOverlayView.h"
-#include "MapToolbars.h"
 #include "MapWebView.h"
 #include "MapWidget.h"
 #include "commons/ApplicationStart.h"
@@ -101,10 +101,10 @@ QPoint tst_MapWidget::markerPoint(const NodePtr &node) const
 
 void tst_MapWidget::pageLoadsOfflineWithTheFilesMarkers()
 {
-    QCOMPARE(m_widget->mapView()->baseLayer(), u"offline"_s);
     QCOMPARE(m_delegate->markerCount(), 3);
     m_delegate->setRegion({{47.15, 8.0}, 1.2, 2.4}, false);
     QVERIFY(waitForPaint());
+    QCOMPARE(m_widget->mapView()->baseLayer(), u"offline"_s);
     // The page reports the camera it took, the size of the view included.
     const MapViewState state = m_delegate->viewState();
     QCOMPARE(state.width, 900.0);
@@ -179,6 +179,13 @@ void tst_MapWidget::theOfflineMapIsDrawn()
     QVERIFY(water > 20000);
     QVERIFY(orangeMarker > 50);
 }
+
+// The web engine wants its settings before the application object exists.
+static void prepareWebEngine()
+{
+    MapWebView::prepareProcess();
+}
+Q_CONSTRUCTOR_FUNCTION(prepareWebEngine)
 
 QTEST_MAIN(tst_MapWidget)
 #include "tst_MapWidget.moc"

@@ -51,19 +51,79 @@
     // ---- Base layers
 
     // Country shapes shipped with the application: the map is never empty, with or without
-    // tiles. They lie under the tiles and show wherever a tile did not load.
-    const worldShapes = topojson.feature(window.palometWorld, window.palometWorld.objects.countries);
-    const offlineLayer = L.geoJSON(worldShapes, {
-        renderer: L.canvas({ padding: 0.2 }),
-        interactive: false,
-        attribution: 'Country shapes: Natural Earth',
-        style: baseStyle,
-    }).addTo(map);
+    // tiles. They lie under the tiles and show wherever a tile did not load. Each shape becomes a
+    // path once, in world points at zoom 0; a tile draws the shapes whose boxes meet it, scaled,
+    // so nothing is projected again when the map zooms or moves.
+    const shapes = (() => {
+        const crs = map.options.crs;
+        const world = topojson.feature(window.palometWorld, window.palometWorld.objects.countries);
+        const result = [];
+        for (const feature of world.features) {
+            const geometry = feature.geometry;
+            if (!geometry)
+                continue;
+            const polygons = geometry.type === 'Polygon' ? [geometry.coordinates] : geometry.coordinates;
+            const path = new Path2D();
+            let minX = Infinity, minY = Infinity, maxX = -Infinity, maxY = -Infinity;
+            for (const polygon of polygons) {
+                for (const ring of polygon) {
+                    ring.forEach((position, index) => {
+                        const point = crs.latLngToPoint(L.latLng(position[1], position[0]), 0);
+                        if (index === 0)
+                            path.moveTo(point.x, point.y);
+                        else
+                            path.lineTo(point.x, point.y);
+                        minX = Math.min(minX, point.x);
+                        minY = Math.min(minY, point.y);
+                        maxX = Math.max(maxX, point.x);
+                        maxY = Math.max(maxY, point.y);
+                    });
+                    path.closePath();
+                }
+            }
+            result.push({ path: path, minX: minX, minY: minY, maxX: maxX, maxY: maxY });
+        }
+        return result;
+    })();
 
-    function baseStyle() {
-        const colours = dark ? BASE.dark : BASE.light;
-        return { color: colours.border, weight: 0.8, fillColor: colours.land, fillOpacity: 1, opacity: 1 };
-    }
+    const CountryShapes = L.GridLayer.extend({
+        createTile(coords) {
+            const size = this.getTileSize();
+            const ratio = pixelRatio();
+            const tile = document.createElement('canvas');
+            tile.width = Math.round(size.x * ratio);
+            tile.height = Math.round(size.y * ratio);
+            const count = Math.pow(2, coords.z);
+            // Copies of the world beside the first show the same shapes.
+            const column = ((coords.x % count) + count) % count;
+            const extent = 256 / count;
+            const left = column * extent;
+            const top = coords.y * extent;
+            const scale = (size.x / extent) * ratio;
+            const context = tile.getContext('2d');
+            const colours = dark ? BASE.dark : BASE.light;
+            context.setTransform(scale, 0, 0, scale, -left * scale, -top * scale);
+            context.fillStyle = colours.land;
+            context.strokeStyle = colours.border;
+            context.lineWidth = (0.8 * ratio) / scale;
+            context.lineJoin = 'round';
+            const margin = extent * 0.02;
+            for (const shape of shapes) {
+                if (shape.maxX < left - margin || shape.minX > left + extent + margin
+                    || shape.maxY < top - margin || shape.minY > top + extent + margin)
+                    continue;
+                context.fill(shape.path);
+                context.stroke(shape.path);
+            }
+            return tile;
+        },
+    });
+    const offlineLayer = new CountryShapes({
+        attribution: 'Country shapes: Natural Earth',
+        zIndex: 0,
+        keepBuffer: 2,
+        maxZoom: 19,
+    }).addTo(map);
 
     let tileLayer = null;
     let baseLayer = '';
@@ -86,7 +146,7 @@
             reportBaseLayer('offline');
             return;
         }
-        tileLayer = L.tileLayer(url, { maxZoom: 19, attribution: attribution, keepBuffer: 2 });
+        tileLayer = L.tileLayer(url, { maxZoom: 19, attribution: attribution, keepBuffer: 2, zIndex: 1 });
         tileLayer.on('loading', () => { tileLoadedSinceMove = false; });
         tileLayer.on('tileload', () => {
             tileLoadedSinceMove = true;
@@ -316,7 +376,7 @@
         dark = !!settings.dark;
         document.body.classList.toggle('dark', dark);
         sprites = new Map();
-        offlineLayer.setStyle(baseStyle);
+        offlineLayer.redraw();
         setTiles(!!settings.online, settings.tileUrl, settings.attribution);
         draw();
     }

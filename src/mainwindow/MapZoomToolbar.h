@@ -1,34 +1,13 @@
 #pragma once
 
-#include <QFrame>
-
-#include <array>
+#include "MapFloatingBar.h"
 
 class DataModel;
 class MapDelegate;
-class MapOverlay;
 class PinAndStepperController;
-class QToolButton;
-
-// The toolbar of the map's mouse modes: rubber band, pointer, drop pin, select pin, delete pin.
-// Exactly the button of the current mode is on.
-class MapModeToolbar : public QFrame
-{
-    Q_OBJECT
-
-public:
-    explicit MapModeToolbar(MapOverlay &overlay, QWidget *parent = nullptr);
-    QToolButton *button(int mode) const { return m_buttons.at(size_t(mode)); }
-
-private:
-    void showMode();
-
-    MapOverlay &m_overlay;
-    std::array<QToolButton *, 5> m_buttons {};
-};
 
 // Zoom, the previous and next pin, and the choice of the online map.
-class MapZoomToolbar : public QFrame
+class MapZoomToolbar : public MapFloatingBar
 {
     Q_OBJECT
 
