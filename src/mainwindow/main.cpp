@@ -3,7 +3,11 @@
 #include "MapWidget.h"
 #include "QtAlertPresenter.h"
 #include "QtClipboardWriter.h"
+#include "commons/AppDescription.h"
 #include "commons/ApplicationStart.h"
+#include "commons/CommonsHuskFacade.h"
+#include "commons/SmartAppDelegate.h"
+#include "commons/SparkleManagerHuskFacade.h"
 #include "location/Geocoder.h"
 #include "map/MapDelegate.h"
 #include "session/DataModel.h"
@@ -14,6 +18,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
 
 int main(int argc, char *argv[])
 {
@@ -22,6 +28,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
     QApplication::setOrganizationName(QStringLiteral("palomet"));
+    QApplication::setApplicationVersion(AppDescription::buildVersion());
 
     ApplicationStart::installMetadataReaders();
     ApplicationStart::installWritePath();
@@ -43,6 +50,23 @@ int main(int argc, char *argv[])
     mapOptions.online = MapWebView::onlineSetting();
     window.setMapWidget(new MapWidget(dataModel, mapDelegate, mapOptions, Geocoder::shared()));
     alerts.setParent(&window);
+
+    // The phases of the run: Help entries and launch counting, then the update checks; the
+    // window's Help menu is built once every part has added its entries.
+    SmartAppDelegate delegate(AppDescription::ofThisBuild());
+    CommonsHuskFacade commons;
+    delegate.willFinishLaunchingCallbackList.append(
+        [&commons](SmartAppDelegate &d, const AppNotification &) {
+            commons.finishInitialization(d);
+        });
+    SparkleManagerHuskFacade updates;
+    updates.finishInitialization(delegate);
+    delegate.didFinishLaunchingCallbackList.append(
+        [&window](SmartAppDelegate &d, const AppNotification &) {
+            QMenu *help = window.menuBar()->addMenu(QCoreApplication::translate("main", "&Help"));
+            d.menuItemManager.fillMenu(
+                help, {SparkleManagerHuskFacade::groupName, MenuItemManager::helpGroup});
+        });
     window.show();
 
     // Each run starts from an empty source list; paths given to the program are what it opens.

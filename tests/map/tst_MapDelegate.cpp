@@ -6,6 +6,7 @@
 #include "session/DataModel.h"
 
 #include "Fixtures.h"
+#include "RecordingDoubles.h"
 #include "TestSupport.h"
 
 #include <QTest>
@@ -45,6 +46,8 @@ private slots:
     void clicks();
     void theEchoOfAClusterClickIsDropped();
     void clusterTintsFollowTheSelection();
+    void selectionGuards_data();
+    void selectionGuards();
     void pinsFollowTheModel();
     void adjustingTheMapShowsTheNodes();
 
@@ -53,6 +56,7 @@ private:
     bool clickFirst(AnnotationKind kind);
 
     MapFixture m_files;
+    RecordingMainContentView m_mainView;
     std::unique_ptr<DataModel> m_model;
     std::unique_ptr<MapDelegate> m_delegate;
     std::unique_ptr<HeadlessMapView> m_view;
@@ -68,6 +72,10 @@ void tst_MapDelegate::initTestCase()
 
 void tst_MapDelegate::init()
 {
+    m_mainView.calls.clear();
+    m_mainView.fromTable = false;
+    m_mainView.shownTab = PreviewTab::map;
+    MainContentViewing::install(&m_mainView);
     m_model = std::make_unique<DataModel>();
     m_delegate = std::make_unique<MapDelegate>(*m_model);
     m_view = std::make_unique<HeadlessMapView>(MapViewState {zurich, 10.0, 800.0, 600.0});
@@ -84,6 +92,7 @@ void tst_MapDelegate::cleanup()
     m_delegate.reset();
     m_view.reset();
     m_model.reset();
+    MainContentViewing::install(nullptr);
 }
 
 bool tst_MapDelegate::clickFirst(AnnotationKind kind)
@@ -246,6 +255,9 @@ void tst_MapDelegate::clicks()
     for (const NodePtr &node : m_model->selectedNodes())
         names << node->name;
     QCOMPARE(names, selected);
+    // A selection made on the map goes to the tables.
+    QCOMPARE(m_mainView.count(u"selectRowsAccordingToCurrentSelectionVariables"_s),
+             selected.isEmpty() ? 0 : 1);
     QCOMPARE(m_model->currentPinIndex(), currentPin);
     QCOMPARE(m_view->cameraChanges(), 0);
 }
@@ -296,6 +308,57 @@ void tst_MapDelegate::clusterTintsFollowTheSelection()
     QVERIFY(drainMainQueue());
     // The view got the last scene.
     QCOMPARE(m_view->lastScene().sequence, m_delegate->scene().sequence);
+}
+
+void tst_MapDelegate::selectionGuards_data()
+{
+    QTest::addColumn<bool>("fromTable");
+    QTest::addColumn<PreviewTab>("tab");
+    QTest::addColumn<bool>("empty");
+    QTest::addColumn<int>("cameraChanges");
+    QTest::addColumn<int>("scrolls");
+    QTest::newRow("from the table with the map alone: colours only")
+        << true << PreviewTab::map << false << 0 << 0;
+    QTest::newRow("from the table beside the map: the map shows the files")
+        << true << PreviewTab::vertical << false << 1 << 0;
+    QTest::newRow("from the table, nothing selected: the map stays")
+        << true << PreviewTab::combinedHorizontal << true << 0 << 0;
+    QTest::newRow("from elsewhere with the table shown: it scrolls")
+        << false << PreviewTab::items << false << 0 << 1;
+    QTest::newRow("from elsewhere beside the map: the table scrolls, the map stays")
+        << false << PreviewTab::combinedHorizontal << false << 0 << 1;
+    QTest::newRow("from elsewhere with the map alone: nothing to scroll")
+        << false << PreviewTab::map << false << 0 << 0;
+}
+
+void tst_MapDelegate::selectionGuards()
+{
+    QFETCH(bool, fromTable);
+    QFETCH(PreviewTab, tab);
+    QFETCH(bool, empty);
+    const NodePtr first = m_files.photo(u"guard-1.jpg"_s, 46.2, 6.1);
+    const NodePtr second = m_files.photo(u"guard-2.jpg"_s, 46.5, 6.6);
+    m_delegate->addMarker(first);
+    m_delegate->addMarker(second);
+    m_mainView.shownTab = tab;
+    m_mainView.calls.clear();
+
+    // As the table's handler does: the flag, the selection, and a block that clears the flag.
+    if (fromTable)
+        m_mainView.setSelectionChangedFromTable(true);
+    const QList<NodePtr> selection = empty ? QList<NodePtr>() : QList<NodePtr> {first, second};
+    m_model->setSelectedNodes(selection);
+    if (fromTable)
+        MainQueue::post([this] { m_mainView.setSelectionChangedFromTable(false); });
+    QVERIFY(drainMainQueue());
+
+    QTEST(m_view->cameraChanges(), "cameraChanges");
+    QTEST(m_mainView.count(u"scrollToFirstSelectedItemIfNeeded"_s), "scrolls");
+    QCOMPARE(m_mainView.count(u"selectRowsAccordingToCurrentSelectionVariables"_s), 0);
+    // The map selected the first file's marker without taking it for a click.
+    QCOMPARE(m_model->selectedNodes(), selection);
+    QCOMPARE(m_delegate->selectedAnnotations().isEmpty(), empty);
+    QVERIFY(!m_delegate->isProgrammaticallySyncingSelection);
 }
 
 void tst_MapDelegate::pinsFollowTheModel()

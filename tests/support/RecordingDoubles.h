@@ -2,11 +2,16 @@
 
 #include "platform/AlertPresenter.h"
 #include "platform/ClipboardWriter.h"
+#include "session/MainContentViewing.h"
 
 #include <QList>
+#include <QString>
 #include <QStringList>
 
-// Stand-ins for the dialogs and the clipboard that record what the program shows and copies.
+#include <algorithm>
+
+// Stand-ins for the dialogs, the clipboard and the main view that record what the program asks
+// of them.
 
 // Records each alert and answers the button given for it in turn (the first, by default).
 class RecordingPresenter : public AlertPresenter
@@ -32,4 +37,50 @@ public:
     }
     QList<ClipboardContent> written;
     QStringList texts;
+};
+
+// Records what the window's pieces ask of the main view, in order, with the origin flag as it
+// stood at each request. Tell it which tab holds the table and the map with `shownTab`. It leaves
+// the installed slot empty when it goes, if it was the one installed there.
+class RecordingMainContentView : public MainContentViewing
+{
+public:
+    struct Call
+    {
+        QString name;
+        bool selectionChangedFromTable = false;
+        bool operator==(const Call &) const = default;
+    };
+
+    ~RecordingMainContentView() override
+    {
+        if (MainContentViewing::installed() == this)
+            MainContentViewing::install(nullptr);
+    }
+
+    bool selectionChangedFromTable() const override { return fromTable; }
+    void setSelectionChangedFromTable(bool value) override
+    {
+        fromTable = value;
+        calls.append({QStringLiteral("setSelectionChangedFromTable"), value});
+    }
+    void selectRowsAccordingToCurrentSelectionVariables() override
+    {
+        calls.append({QStringLiteral("selectRowsAccordingToCurrentSelectionVariables"), fromTable});
+    }
+    void scrollToFirstSelectedItemIfNeeded() override
+    {
+        calls.append({QStringLiteral("scrollToFirstSelectedItemIfNeeded"), fromTable});
+    }
+    PreviewTab shownPreviewTab() const override { return shownTab; }
+
+    int count(const QString &name) const
+    {
+        return int(std::count_if(calls.cbegin(), calls.cend(),
+                                 [&](const Call &call) { return call.name == name; }));
+    }
+
+    PreviewTab shownTab = PreviewTab::items;
+    bool fromTable = false;
+    QList<Call> calls;
 };
