@@ -76,7 +76,8 @@ MapSearchResultsPopup::MapSearchResultsPopup(QWidget *parent)
     m_list->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(1, 1, 1, 1);
+    // The frame's line is the only border: the rows fill the rest exactly.
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_list);
 }
 
@@ -89,7 +90,8 @@ void MapSearchResultsPopup::setResults(const QList<Placemark> &results)
         item->setToolTip(place.name + u'\n' + MapSearch::subtitle(place));
     }
     const int rows = int(results.size());
-    setFixedSize(int(MapSearch::columnWidth) + 2, rows * int(MapSearch::rowHeight) + 2);
+    const int border = 2 * frameWidth();
+    setFixedSize(int(MapSearch::columnWidth) + border, rows * int(MapSearch::rowHeight) + border);
 }
 
 void MapSearchResultsPopup::setSelectedRow(int row)

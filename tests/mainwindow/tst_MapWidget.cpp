@@ -1,5 +1,7 @@
 #include "MapModeToolbar.h"
 #include "MapOverlayView.h"
+#include "MapSearchField.h"
+#include "MapSearchResultsPopup.h"
 #include "MapWebView.h"
 #include "MapWidget.h"
 #include "commons/ApplicationStart.h"
@@ -13,6 +15,8 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QListWidget>
+#include <QScrollBar>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -34,6 +38,7 @@ private slots:
     void aClickOnAMarkerSelectsItsFile();
     void theRubberBandSelects();
     void theOfflineMapIsDrawn();
+    void typingSuggestsPlacesAndReturnGoesThere();
 
 private:
     // Waits until the page has shown the delegate's latest scene.
@@ -143,6 +148,7 @@ void tst_MapWidget::theRubberBandSelects()
     QTest::mousePress(overlay, Qt::LeftButton, {}, zurich - QPoint(30, 30));
     QTest::mouseMove(overlay, zurich);
     QTest::mouseMove(overlay, zurich + QPoint(30, 30));
+    m_widget->grab().save(u"/tmp/palomet-map-band.png"_s);
     QTest::mouseRelease(overlay, Qt::LeftButton, {}, zurich + QPoint(30, 30));
     QCOMPARE(m_model->selectedNodes(), (QList<NodePtr> {m_zurichA, m_zurichB}));
     QVERIFY(waitForPaint());
@@ -155,15 +161,18 @@ void tst_MapWidget::theRubberBandSelects()
 void tst_MapWidget::theOfflineMapIsDrawn()
 {
     // Central Europe with the sea to the south; the three files form one cluster there, partly
-    // selected.
+    // selected, beside two pins, the current one blue.
+    m_model->_pins->setValue({{u"Milan"_s, 45.4642, 9.19}, {u"Vienna"_s, 48.2082, 16.3738}});
+    m_model->setCurrentPinIndex(1);
     m_delegate->setRegion({{45.0, 9.0}, 14.0, 26.0}, false);
+    QVERIFY(TestSupport::waitUntil([&] { return m_delegate->pinMarkers().size() == 2; }));
     QVERIFY(waitForPaint());
     // A frame or two for the compositor.
     QTest::qWait(300);
     const QImage image = m_widget->grab().toImage().convertToFormat(QImage::Format_RGB32);
     image.save(u"/tmp/palomet-map-offline.png"_s);
     QSet<QRgb> colours;
-    int land = 0, water = 0, orangeMarker = 0;
+    int land = 0, water = 0, orangeMarker = 0, blueMarker = 0;
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const QRgb pixel = image.pixel(x, y);
@@ -171,13 +180,43 @@ void tst_MapWidget::theOfflineMapIsDrawn()
             land += pixel == qRgb(0xf2, 0xef, 0xe9);
             water += pixel == qRgb(0xaa, 0xd3, 0xdf);
             orangeMarker += pixel == qRgb(0xff, 0x95, 0x00);
+            blueMarker += pixel == qRgb(0x00, 0x7a, 0xff);
         }
     }
     // Country shapes and sea, a marker over them, and no empty grey.
     QVERIFY2(colours.size() > 50, qPrintable(QString::number(colours.size())));
     QVERIFY(land > 20000);
     QVERIFY(water > 20000);
-    QVERIFY(orangeMarker > 50);
+    QVERIFY(orangeMarker > 100);
+    QVERIFY(blueMarker > 50);
+}
+
+void tst_MapWidget::typingSuggestsPlacesAndReturnGoesThere()
+{
+    MapSearchField *field = m_widget->searchField();
+    auto *popup = field->findChild<MapSearchResultsPopup *>();
+    QVERIFY(popup);
+    field->activateWindow();
+    field->setFocus();
+    QTest::keyClicks(field, u"Lausa"_s);
+    QVERIFY(TestSupport::waitUntil([&] { return popup->isVisible(); }, 120000));
+    QCOMPARE(popup->list()->item(0)->text(), u"Lausanne"_s);
+    // The rows fit without a scroll bar.
+    QVERIFY(!popup->list()->verticalScrollBar()->isVisible());
+    popup->grab().save(u"/tmp/palomet-map-suggestions.png"_s);
+    // The list never takes the keys: the field keeps the focus and moves the list's row.
+    QTest::keyClick(field, Qt::Key_Down);
+    QVERIFY(field->hasFocus());
+    QCOMPARE(popup->list()->currentRow(), 0);
+    QTest::keyClick(field, Qt::Key_Return);
+    QVERIFY(TestSupport::waitUntil([&] { return !popup->isVisible(); }, 20000));
+    QVERIFY(field->text().isEmpty());
+    const MapViewState state = m_delegate->viewState();
+    QVERIFY(std::fabs(state.center.latitude - 46.52) < 0.05);
+    QVERIFY(std::fabs(state.center.longitude - 6.63) < 0.05);
+    QVERIFY(waitForPaint());
+    QTest::qWait(1000);
+    m_widget->grab().save(u"/tmp/palomet-map-lausanne.png"_s);
 }
 
 // The web engine wants its settings before the application object exists.

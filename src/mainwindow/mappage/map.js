@@ -86,13 +86,26 @@
         return result;
     })();
 
-    const CountryShapes = L.GridLayer.extend({
+    // At fractional zooms tiles are scaled and their edges fall between pixels, which leaves
+    // faint seams; each tile reaches two pixels into its neighbours to cover them.
+    const TILE_OVERLAP = 2;
+    const overlappingTiles = {
+        _initTile(tile) {
+            L.GridLayer.prototype._initTile.call(this, tile);
+            const size = this.getTileSize();
+            tile.style.width = size.x + TILE_OVERLAP + 'px';
+            tile.style.height = size.y + TILE_OVERLAP + 'px';
+        },
+    };
+
+    const CountryShapes = L.GridLayer.extend(overlappingTiles).extend({
         createTile(coords) {
             const size = this.getTileSize();
             const ratio = pixelRatio();
             const tile = document.createElement('canvas');
-            tile.width = Math.round(size.x * ratio);
-            tile.height = Math.round(size.y * ratio);
+            // The overlap is drawn, not stretched: it shows what the neighbour shows there.
+            tile.width = Math.round((size.x + TILE_OVERLAP) * ratio);
+            tile.height = Math.round((size.y + TILE_OVERLAP) * ratio);
             const count = Math.pow(2, coords.z);
             // Copies of the world beside the first show the same shapes.
             const column = ((coords.x % count) + count) % count;
