@@ -399,11 +399,14 @@ void MapDelegate::recomputeSelectionFlags()
     const QList<NodePtr> &selection = m_model.selectedNodes();
     m_selectedPaths.clear();
     m_selectedPaths.reserve(selection.size());
-    for (const NodePtr &node : selection)
-        m_selectedPaths.insert(node->smartAbsolutePath());
-    for (size_t slot = 0; slot < m_markers.size(); ++slot) {
-        const std::optional<Marker> &marker = m_markers[slot];
-        m_selectedById[slot] = marker && m_selectedPaths.contains(marker->smartAbsolutePath);
+    std::fill(m_selectedById.begin(), m_selectedById.end(), 0);
+    // Through the selection rather than all markers: it is usually the smaller of the two.
+    for (const NodePtr &node : selection) {
+        const QString path = node->smartAbsolutePath();
+        m_selectedPaths.insert(path);
+        const auto id = m_markerIdBySmartPath.constFind(path);
+        if (id != m_markerIdBySmartPath.cend())
+            m_selectedById[*id - m_firstMarkerId] = 1;
     }
     m_countsValid = false;
     m_sceneValid = false;
@@ -418,11 +421,15 @@ void MapDelegate::selectionDidChange()
     MainQueue::post(guarded([](MapDelegate &self) {
         self.isProgrammaticallySyncingSelection = true;
         const QList<NodePtr> &selection = self.m_model.selectedNodes();
+        // The map keeps only the first of the selected files' annotations as its selected one,
+        // so the search stops there.
         QList<AnnotationRef> annotations;
         for (const NodePtr &node : selection) {
             const auto id = self.m_markerIdBySmartPath.constFind(node->smartAbsolutePath());
-            if (id != self.m_markerIdBySmartPath.cend() && self.markerById(*id)->coordinate)
+            if (id != self.m_markerIdBySmartPath.cend() && self.markerById(*id)->coordinate) {
                 annotations.append({AnnotationKind::mediaFile, *id});
+                break;
+            }
         }
         self.setSelectedAnnotations(annotations);
         const bool fromTable = MapMainContent::selectionChangedFromTable();

@@ -14,6 +14,7 @@
 
     const KIND_PLAIN = 0;
     const KIND_CLUSTER = 2;
+    const GLYPH_NONE = 0;
     const GLYPH_PHOTO = 1;
     const GLYPH_STACK = 2;
     const GLYPH_PIN = 3;
@@ -31,7 +32,6 @@
     let bridge = null;
     let dark = false;
     let scene = { seq: 0, items: [] };
-    let sprites = new Map();
     let drawnDuringZoom = true;
 
     const map = L.map('map', {
@@ -63,9 +63,11 @@
             if (!geometry)
                 continue;
             const polygons = geometry.type === 'Polygon' ? [geometry.coordinates] : geometry.coordinates;
-            const path = new Path2D();
-            let minX = Infinity, minY = Infinity, maxX = -Infinity, maxY = -Infinity;
+            // One entry per polygon, not per country: a country's islands and far territories
+            // would otherwise make every tile of the world walk its whole outline.
             for (const polygon of polygons) {
+                const path = new Path2D();
+                let minX = Infinity, minY = Infinity, maxX = -Infinity, maxY = -Infinity;
                 for (const ring of polygon) {
                     ring.forEach((position, index) => {
                         const point = crs.latLngToPoint(L.latLng(position[1], position[0]), 0);
@@ -80,8 +82,8 @@
                     });
                     path.closePath();
                 }
+                result.push({ path: path, minX: minX, minY: minY, maxX: maxX, maxY: maxY });
             }
-            result.push({ path: path, minX: minX, minY: minY, maxX: maxX, maxY: maxY });
         }
         return result;
     })();
@@ -106,10 +108,11 @@
             // The overlap is drawn, not stretched: it shows what the neighbour shows there.
             tile.width = Math.round((size.x + TILE_OVERLAP) * ratio);
             tile.height = Math.round((size.y + TILE_OVERLAP) * ratio);
-            const count = Math.pow(2, coords.z);
+            // The tile's width in world points at zoom 0, and the tiles across the world.
+            const extent = size.x / Math.pow(2, coords.z);
+            const count = Math.max(1, Math.round(256 / extent));
             // Copies of the world beside the first show the same shapes.
             const column = ((coords.x % count) + count) % count;
-            const extent = 256 / count;
             const left = column * extent;
             const top = coords.y * extent;
             const scale = (size.x / extent) * ratio;
@@ -133,6 +136,9 @@
     });
     const offlineLayer = new CountryShapes({
         attribution: 'Country shapes: Natural Earth',
+        // Every tile walks the whole outline of each polygon it meets, so fewer, larger tiles
+        // cost less.
+        tileSize: 512,
         zIndex: 0,
         keepBuffer: 2,
         maxZoom: 19,
@@ -191,103 +197,102 @@
         canvas.style.height = size.y + 'px';
     }
 
-    // The outline of a balloon whose tip stands at (x, y): a circle of radius r centred at cy.
-    function balloonPath(ctx, x, y, r, cy) {
-        ctx.beginPath();
-        ctx.moveTo(x, y);
-        ctx.bezierCurveTo(x - r * 0.25, y - (y - cy) * 0.45, x - r, cy + r * 0.75, x - r, cy);
-        ctx.arc(x, cy, r, Math.PI, 0, false);
-        ctx.bezierCurveTo(x + r, cy + r * 0.75, x + r * 0.25, y - (y - cy) * 0.45, x, y);
-        ctx.closePath();
+    // Markers are drawn as vector paths made once, each placed by the transform. Copying
+    // small images with drawImage costs far more per marker in the page's software canvas.
+
+    // The outline of a balloon with its tip at (0, tipY): a circle of radius r centred at cy.
+    function balloonPath(path, tipY, r, cy) {
+        const y = tipY;
+        path.moveTo(0, y);
+        path.bezierCurveTo(-r * 0.25, y - (y - cy) * 0.45, -r, cy + r * 0.75, -r, cy);
+        path.arc(0, cy, r, Math.PI, 0, false);
+        path.bezierCurveTo(r, cy + r * 0.75, r * 0.25, y - (y - cy) * 0.45, 0, y);
+        path.closePath();
+        return path;
     }
 
-    function drawGlyph(ctx, glyph, cx, cy, tint) {
-        ctx.save();
-        ctx.strokeStyle = '#ffffff';
-        ctx.fillStyle = '#ffffff';
-        ctx.lineWidth = 1.4;
-        ctx.lineJoin = 'round';
-        ctx.lineCap = 'round';
-        if (glyph === GLYPH_PHOTO || glyph === GLYPH_STACK) {
-            const offset = glyph === GLYPH_STACK ? 1.6 : 0;
-            if (glyph === GLYPH_STACK) {
-                ctx.beginPath();
-                ctx.moveTo(cx - 5.5, cy - 5.2);
-                ctx.lineTo(cx + 7, cy - 5.2);
-                ctx.lineTo(cx + 7, cy + 3.5);
-                ctx.stroke();
-            }
-            const left = cx - 7 + (glyph === GLYPH_STACK ? -0.6 : 0);
-            const top = cy - 4.5 + offset;
-            const width = 13;
-            const height = 9.5;
-            ctx.beginPath();
-            ctx.rect(left, top, width, height);
-            ctx.stroke();
-            // A hill and the sun.
-            ctx.beginPath();
-            ctx.moveTo(left + 1.5, top + height - 1.5);
-            ctx.lineTo(left + 5, top + 4.5);
-            ctx.lineTo(left + 8, top + 7.5);
-            ctx.lineTo(left + 9.5, top + 6);
-            ctx.lineTo(left + width - 1.5, top + height - 1.5);
-            ctx.stroke();
-            ctx.beginPath();
-            ctx.arc(left + width - 3.2, top + 2.8, 1.3, 0, Math.PI * 2);
-            ctx.fill();
-        } else if (glyph === GLYPH_PIN) {
-            ctx.beginPath();
-            ctx.arc(cx, cy, 7.5, 0, Math.PI * 2);
-            ctx.fill();
-            ctx.fillStyle = tint;
-            balloonPath(ctx, cx, cy + 5, 3.2, cy - 1.2);
-            ctx.fill();
-            ctx.fillStyle = '#ffffff';
-            ctx.beginPath();
-            ctx.arc(cx, cy - 1.2, 1.2, 0, Math.PI * 2);
-            ctx.fill();
-        } else {
-            ctx.beginPath();
-            ctx.arc(cx, cy, 2.6, 0, Math.PI * 2);
-            ctx.fill();
+    function circle(path, x, y, r) {
+        path.moveTo(x + r, y);
+        path.arc(x, y, r, 0, Math.PI * 2);
+        return path;
+    }
+
+    // A photo's frame with a hill (stroked) and the sun (filled), around (0, 0); the stack has
+    // a second frame behind it.
+    function photoGlyph(stack) {
+        const lines = new Path2D();
+        if (stack) {
+            lines.moveTo(-5.5, -5.2);
+            lines.lineTo(7, -5.2);
+            lines.lineTo(7, 3.5);
         }
-        ctx.restore();
+        const left = -7 + (stack ? -0.6 : 0);
+        const top = -4.5 + (stack ? 1.6 : 0);
+        const width = 13;
+        const height = 9.5;
+        lines.rect(left, top, width, height);
+        lines.moveTo(left + 1.5, top + height - 1.5);
+        lines.lineTo(left + 5, top + 4.5);
+        lines.lineTo(left + 8, top + 7.5);
+        lines.lineTo(left + 9.5, top + 6);
+        lines.lineTo(left + width - 1.5, top + height - 1.5);
+        return { lines: lines, fill: circle(new Path2D(), left + width - 3.2, top + 2.8, 1.3) };
     }
 
-    // A marker drawn once per look into its own small canvas, then copied for every item.
-    function sprite(kind, tint, glyph) {
-        const key = kind + '/' + tint + '/' + glyph + '/' + (dark ? 'd' : 'l');
-        let found = sprites.get(key);
-        if (found)
-            return found;
-        const plain = kind === KIND_PLAIN;
-        const width = plain ? PLAIN_WIDTH : BALLOON_WIDTH;
-        const height = plain ? PLAIN_HEIGHT : BALLOON_HEIGHT;
+    // The shapes of each kind of marker, the tip at (0, 0).
+    const SHAPES = (() => {
+        const big = (BALLOON_HEIGHT - 1) - (12.5 + 1.2);
+        const small = (PLAIN_HEIGHT - 1) - (7.5 + 1.2);
+        return {
+            balloon: balloonPath(new Path2D(), 0, 12.5, -big),
+            balloonShadow: balloonPath(new Path2D(), 0.8, 12.5, 0.8 - big),
+            balloonCentre: -big,
+            plain: balloonPath(new Path2D(), 0, 7.5, -small),
+            plainShadow: balloonPath(new Path2D(), 0.8, 7.5, 0.8 - small),
+            plainCentre: -small,
+            plainDot: circle(new Path2D(), 0, 0, 2.6),
+            photo: photoGlyph(false),
+            stack: photoGlyph(true),
+            pinDisc: circle(new Path2D(), 0, 0, 7.5),
+            pinHead: balloonPath(new Path2D(), 5, 3.2, -1.2),
+            pinDot: circle(new Path2D(), 0, -1.2, 1.2),
+        };
+    })();
+
+    function tintColour(tint) {
+        return (dark ? TINTS.dark : TINTS.light)[tint] || '#808080';
+    }
+
+    // One marker with its tip at (x, y) of the view.
+    function drawMarker(kind, tint, glyph, x, y) {
         const ratio = pixelRatio();
-        const image = document.createElement('canvas');
-        image.width = Math.ceil(width * ratio);
-        image.height = Math.ceil(height * ratio);
-        const ctx = image.getContext('2d');
-        ctx.scale(ratio, ratio);
-        const colour = (dark ? TINTS.dark : TINTS.light)[tint] || '#808080';
-        const x = width / 2;
-        const y = height - 1;
-        const r = plain ? 7.5 : 12.5;
-        const cy = r + 1.2;
-        ctx.shadowColor = 'rgba(0, 0, 0, 0.35)';
-        ctx.shadowBlur = 2;
-        ctx.shadowOffsetY = 0.5;
-        balloonPath(ctx, x, y, r, cy);
-        ctx.fillStyle = colour;
-        ctx.fill();
-        ctx.shadowColor = 'transparent';
-        ctx.lineWidth = 1;
-        ctx.strokeStyle = 'rgba(255, 255, 255, 0.9)';
-        ctx.stroke();
-        drawGlyph(ctx, plain ? 0 : glyph, x, cy, colour);
-        found = { image: image, width: width, height: height };
-        sprites.set(key, found);
-        return found;
+        const colour = tintColour(tint);
+        const plain = kind === KIND_PLAIN;
+        context.setTransform(ratio, 0, 0, ratio, x * ratio, y * ratio);
+        context.fillStyle = 'rgba(0, 0, 0, 0.22)';
+        context.fill(plain ? SHAPES.plainShadow : SHAPES.balloonShadow);
+        context.fillStyle = colour;
+        context.fill(plain ? SHAPES.plain : SHAPES.balloon);
+        context.lineWidth = 1;
+        context.strokeStyle = 'rgba(255, 255, 255, 0.9)';
+        context.stroke(plain ? SHAPES.plain : SHAPES.balloon);
+        context.translate(0, plain ? SHAPES.plainCentre : SHAPES.balloonCentre);
+        context.fillStyle = '#ffffff';
+        if (plain || glyph === GLYPH_NONE) {
+            context.fill(SHAPES.plainDot);
+        } else if (glyph === GLYPH_PIN) {
+            context.fill(SHAPES.pinDisc);
+            context.fillStyle = colour;
+            context.fill(SHAPES.pinHead);
+            context.fillStyle = '#ffffff';
+            context.fill(SHAPES.pinDot);
+        } else {
+            const photo = glyph === GLYPH_STACK ? SHAPES.stack : SHAPES.photo;
+            context.lineWidth = 1.4;
+            context.strokeStyle = '#ffffff';
+            context.stroke(photo.lines);
+            context.fill(photo.fill);
+        }
     }
 
     function drawLabel(text, x, y, bold) {
@@ -302,10 +307,19 @@
         context.fillText(text, x, y);
     }
 
+    // A cluster's count in a small white badge beside the balloon's head.
+    const COUNT_FONT = '600 10px system-ui, Cantarell, "Noto Sans", sans-serif';
+    const badgeWidths = new Map();
     function drawCount(count, x, y, tint) {
         const text = count > 9999 ? Math.round(count / 1000) + 'k' : String(count);
-        context.font = '600 10px system-ui, Cantarell, "Noto Sans", sans-serif';
-        const width = Math.max(16, context.measureText(text).width + 8);
+        const ratio = pixelRatio();
+        context.setTransform(ratio, 0, 0, ratio, 0, 0);
+        context.font = COUNT_FONT;
+        let width = badgeWidths.get(text);
+        if (width === undefined) {
+            width = Math.max(16, context.measureText(text).width + 8);
+            badgeWidths.set(text, width);
+        }
         const left = x + 4;
         const top = y - BALLOON_HEIGHT - 2;
         context.beginPath();
@@ -313,12 +327,25 @@
         context.fillStyle = '#ffffff';
         context.fill();
         context.lineWidth = 1;
-        context.strokeStyle = (dark ? TINTS.dark : TINTS.light)[tint];
+        context.strokeStyle = tintColour(tint);
         context.stroke();
         context.fillStyle = '#1d1d1f';
         context.textAlign = 'center';
         context.textBaseline = 'middle';
         context.fillText(text, left + width / 2, top + 8);
+    }
+
+    // Many events ask for a drawing within one frame (a step moves, zooms and brings a scene);
+    // the frame draws once, before it is painted.
+    let drawRequested = false;
+    function requestDraw() {
+        if (drawRequested)
+            return;
+        drawRequested = true;
+        requestAnimationFrame(() => {
+            drawRequested = false;
+            draw();
+        });
     }
 
     function draw() {
@@ -340,12 +367,11 @@
             const point = map.latLngToContainerPoint([item[1], item[2]]);
             if (point.x < -40 || point.y < -10 || point.x > size.x + 40 || point.y > size.y + 60)
                 continue;
-            const look = sprite(item[0], item[3], item[4]);
-            context.drawImage(look.image, point.x - look.width / 2, point.y - look.height + 1, look.width,
-                look.height);
+            drawMarker(item[0], item[3], item[4], point.x, point.y);
             if (item[0] === KIND_CLUSTER)
                 drawCount(item[5], point.x, point.y, item[3]);
             else if (item[0] === KIND_PLAIN && labelled && (item[6] || item[7])) {
+                context.setTransform(ratio, 0, 0, ratio, 0, 0);
                 if (item[6])
                     drawLabel(item[6], point.x, point.y + 2, true);
                 if (item[7])
@@ -388,32 +414,31 @@
     function applySettings(settings) {
         dark = !!settings.dark;
         document.body.classList.toggle('dark', dark);
-        sprites = new Map();
         offlineLayer.redraw();
         setTiles(!!settings.online, settings.tileUrl, settings.attribution);
-        draw();
+        requestDraw();
     }
 
     function showScene(text) {
         scene = JSON.parse(text);
-        draw();
+        requestDraw();
         const seq = scene.seq;
         afterPaint(() => bridge.painted(seq));
     }
 
-    map.on('move', draw);
+    map.on('move', requestDraw);
     map.on('resize', () => {
         resizeCanvas();
-        draw();
+        requestDraw();
     });
     // The canvas does not follow the zoom animation, so it stays empty until the zoom ends.
     map.on('zoomanim', () => {
         drawnDuringZoom = false;
-        draw();
+        requestDraw();
     });
     map.on('zoomend', () => {
         drawnDuringZoom = true;
-        draw();
+        requestDraw();
     });
     map.on('moveend', reportView);
     map.on('resize', reportView);
@@ -434,7 +459,7 @@
         bridge.viewRequested.connect((latitude, longitude, zoom, animated) => {
             map.setView([latitude, longitude], zoom, { animate: animated });
             if (!animated)
-                draw();
+                requestDraw();
         });
         if (baseLayer)
             bridge.baseLayerChanged(baseLayer);
