@@ -10,7 +10,6 @@
 
 #include <functional>
 
-
 namespace {
 
 using Drawing = std::function<void(QPainter &, const QRectF &)>;

@@ -190,42 +190,27 @@ std::optional<Coordinate2D> MapDelegate::markerCoordinate(const Node &node)
 
 void MapDelegate::addMarker(const NodePtr &node)
 {
-    PendingChange change {PendingChange::Kind::add,
-                          Marker {node, node->smartAbsolutePath(), markerCoordinate(*node)},
-                          QString()};
-    bool post = false;
-    {
-        std::lock_guard lock(m_pendingMutex);
-        m_pending.push_back(std::move(change));
-        post = !std::exchange(m_flushPosted, true);
-    }
-    if (MainQueue::isMainThread())
-        applyPendingChanges();
-    else if (post)
-        MainQueue::post(guarded([](MapDelegate &self) { self.applyPendingChanges(); }));
+    enqueue({PendingChange::Kind::add,
+             Marker {node, node->smartAbsolutePath(), markerCoordinate(*node)}, QString()});
 }
 
 void MapDelegate::removeMediaFileMarker(const QString &path)
 {
-    bool post = false;
-    {
-        std::lock_guard lock(m_pendingMutex);
-        m_pending.push_back({PendingChange::Kind::remove, Marker {},
-                             StringHelpers::stringByExpandingAllNumberGroups(path)});
-        post = !std::exchange(m_flushPosted, true);
-    }
-    if (MainQueue::isMainThread())
-        applyPendingChanges();
-    else if (post)
-        MainQueue::post(guarded([](MapDelegate &self) { self.applyPendingChanges(); }));
+    enqueue({PendingChange::Kind::remove, Marker {},
+             StringHelpers::stringByExpandingAllNumberGroups(path)});
 }
 
 void MapDelegate::removeAllMediaFileMarkers()
 {
+    enqueue({PendingChange::Kind::removeAll, Marker {}, QString()});
+}
+
+void MapDelegate::enqueue(PendingChange change)
+{
     bool post = false;
     {
         std::lock_guard lock(m_pendingMutex);
-        m_pending.push_back({PendingChange::Kind::removeAll, Marker {}, QString()});
+        m_pending.push_back(std::move(change));
         post = !std::exchange(m_flushPosted, true);
     }
     if (MainQueue::isMainThread())

@@ -145,6 +145,8 @@ private:
     struct PendingChange;
     struct IndexedLayer;
 
+    // Any thread: the change joins the list, which the main thread applies in order.
+    void enqueue(PendingChange change);
     void applyPendingChanges();
     void insertMarker(Marker marker);
     // True when the path had a marker.
