@@ -1,6 +1,7 @@
 #include "RecordingDoubles.h"
 #include "commons/ApplicationStart.h"
 #include "location/GPSCoordinateComponent.h"
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "platform/Beeper.h"
 #include "platform/ClipboardWriter.h"
@@ -306,7 +307,9 @@ void tst_GPSCoordinateComponent::applyButtonWritesAtOnce()
     QVERIFY(select({node}));
     GPSCoordinateComponent &c = component();
     MetadataStorage &store = MetadataStorage::shared();
+    // The file is read anew in the background after each write.
     const auto stored = [&](const QString &key) {
+        DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
         return store.getStringValue(node->absolutePath, key, MetadataSource::ExifToolGeneric)
             .value_or(QString());
     };

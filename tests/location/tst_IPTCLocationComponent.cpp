@@ -1,5 +1,6 @@
 #include "commons/ApplicationStart.h"
 #include "location/IPTCLocationComponent.h"
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "session/DataModel.h"
 #include "writing/ChangeManager.h"
@@ -108,6 +109,8 @@ void tst_IPTCLocationComponent::oneCityEditedAndApplied()
 
     c.typeText(u"Zürich"_s);
     c.handleReturn();
+    // The file is read anew in the background after the write.
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     QCOMPARE(MetadataStorage::shared().getStringValue(node->absolutePath, u"City"_s,
                                                       MetadataSource::ExifToolGeneric),
              u"Zürich"_s);

@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include <cstdio>
+
 #include <unistd.h>
 
 namespace TestSupport {
@@ -29,6 +30,22 @@ bool waitUntil(const std::function<bool()> &predicate, int timeoutMs)
         QTest::qSleep(1);
     }
     return true;
+}
+
+QByteArray standardErrorOf(const std::function<void()> &work)
+{
+    QTemporaryFile capture;
+    if (!capture.open())
+        return "(no file to capture standard error in)";
+    std::fflush(stderr);
+    const int saved = ::dup(STDERR_FILENO);
+    ::dup2(capture.handle(), STDERR_FILENO);
+    work();
+    std::fflush(stderr);
+    ::dup2(saved, STDERR_FILENO);
+    ::close(saved);
+    capture.seek(0);
+    return capture.readAll();
 }
 
 QByteArray standardErrorOfFailingRun(const QString &variable, const QString &value)

@@ -38,5 +38,7 @@ private:
     std::unique_ptr<QTemporaryFile> m_file;
     int m_saved = -1;
 };
+// Runs the work and answers what was written to standard error meanwhile.
+QByteArray standardErrorOf(const std::function<void()> &work);
 
 } // namespace TestSupport
