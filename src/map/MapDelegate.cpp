@@ -40,9 +40,17 @@ struct MapDelegate::IndexedLayer
     bool stale = false;
     bool building = false;
     // While markers keep coming, builds take at most half of the time, so that they do not
-    // starve the readers.
+    // starve the readers; once they stop for half a build's time, the last ones show at once.
     std::chrono::steady_clock::time_point nextBuild {};
+    std::chrono::steady_clock::duration lastBuildTook {};
+    std::chrono::steady_clock::time_point changed {};
     bool wakeUpPosted = false;
+
+    void markStale()
+    {
+        stale = true;
+        changed = std::chrono::steady_clock::now();
+    }
 };
 
 namespace {
@@ -252,7 +260,7 @@ void MapDelegate::applyPendingChanges()
     }
     // New markers show with the next index; until then the scene stays as it is. A marker that
     // went leaves its cluster at once.
-    m_fileLayer->stale = true;
+    m_fileLayer->markStale();
     if (removed) {
         m_countsValid = false;
         m_sceneValid = false;
@@ -317,7 +325,7 @@ qsizetype MapDelegate::indexedMarkerCount() const
 void MapDelegate::addPointAnnotation(const PointAnnotation &annotation)
 {
     m_pointAnnotations.append(annotation);
-    m_plainLayer->stale = true;
+    m_plainLayer->markStale();
     m_sceneValid = false;
     setNeedsSceneUpdate();
 }
@@ -327,7 +335,7 @@ void MapDelegate::removeAllPointAnnotations()
     m_pointAnnotations.clear();
     m_selectedAnnotations.removeIf(
         [](const AnnotationRef &ref) { return ref.kind == AnnotationKind::plain; });
-    m_plainLayer->stale = true;
+    m_plainLayer->markStale();
     m_sceneValid = false;
     setNeedsSceneUpdate();
 }
@@ -604,9 +612,10 @@ void MapDelegate::rebuildIndex(
         return;
     }
     const auto now = std::chrono::steady_clock::now();
-    if (now < layer.nextBuild) {
+    const auto due = std::min(layer.nextBuild, layer.changed + layer.lastBuildTook / 2);
+    if (now < due) {
         if (!std::exchange(layer.wakeUpPosted, true)) {
-            const auto wait = std::chrono::ceil<std::chrono::milliseconds>(layer.nextBuild - now);
+            const auto wait = std::chrono::ceil<std::chrono::milliseconds>(due - now);
             MainQueue::postAfter(int(wait.count()), guarded([target = &layer](MapDelegate &self) {
                                      target->wakeUpPosted = false;
                                      self.setNeedsSceneUpdate();
@@ -630,6 +639,7 @@ void MapDelegate::rebuildIndex(
             target->index = index;
             target->building = false;
             target->nextBuild = std::chrono::steady_clock::now() + took;
+            target->lastBuildTook = took;
             (*self)->m_countsValid = false;
             (*self)->m_sceneValid = false;
             (*self)->setNeedsSceneUpdate();
