@@ -42,6 +42,17 @@ FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> eng
     resize(1000, 640);
 }
 
+void FirstWindow::setMapWidget(QWidget *map)
+{
+    auto *splitter = new QSplitter(Qt::Horizontal, this);
+    splitter->addWidget(takeCentralWidget());
+    splitter->addWidget(map);
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 1);
+    setCentralWidget(splitter);
+    resize(1280, 720);
+}
+
 FirstWindow::~FirstWindow() = default;
 
 QString FirstWindow::statusText() const

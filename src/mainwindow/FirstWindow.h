@@ -21,6 +21,9 @@ public:
                 QWidget *parent = nullptr);
     ~FirstWindow() override;
 
+    // Shows the map beside the list; the window takes it.
+    void setMapWidget(QWidget *map);
+
     // Adds dropped or given paths to the source list, which starts a scan.
     void openPaths(const QStringList &paths);
 

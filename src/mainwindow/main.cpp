@@ -1,4 +1,6 @@
 #include "FirstWindow.h"
+#include "MapWebView.h"
+#include "MapWidget.h"
 #include "QtAlertPresenter.h"
 #include "QtClipboardWriter.h"
 #include "commons/AppDescription.h"
@@ -6,6 +8,8 @@
 #include "commons/CommonsHuskFacade.h"
 #include "commons/SmartAppDelegate.h"
 #include "commons/SparkleManagerHuskFacade.h"
+#include "location/Geocoder.h"
+#include "map/MapDelegate.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 #include "writing/ChangeManager.h"
@@ -19,6 +23,7 @@
 
 int main(int argc, char *argv[])
 {
+    MapWebView::prepareProcess();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
@@ -36,7 +41,14 @@ int main(int argc, char *argv[])
     DataModel dataModel;
     ChangeManager::setDataModel(&dataModel);
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
+    // The map lives as long as the program: the readers and the list put their markers there.
+    MapDelegate mapDelegate(dataModel);
+    mapDelegate.setupMapListeners();
+    mapDelegate.install();
     FirstWindow window(dataModel, engine);
+    MapWebView::Options mapOptions;
+    mapOptions.online = MapWebView::onlineSetting();
+    window.setMapWidget(new MapWidget(dataModel, mapDelegate, mapOptions, Geocoder::shared()));
     alerts.setParent(&window);
 
     // The phases of the run: Help entries and launch counting, then the update checks; the
@@ -71,6 +83,7 @@ int main(int argc, char *argv[])
     if (WriteEngine::shared().hasPendingWrites())
         WriteEngine::shared().waitForCompletion();
     dataModel.sourceList.deleteAll();
+    mapDelegate.uninstall();
     ClipboardWriter::install(nullptr);
     ChangeManager::setDataModel(nullptr);
     AlertPresenter::install(nullptr);

@@ -124,6 +124,27 @@ std::optional<QString> MetadataStorage::getStringValue(const QString &fullPath, 
                     });
 }
 
+QList<std::optional<QString>> MetadataStorage::getStringValues(const QString &fullPath,
+                                                               const QStringList &keys,
+                                                               MetadataSource source)
+{
+    QList<std::optional<QString>> result(keys.size());
+    auto block = [&] {
+        const auto container = m_metadataForPath.constFind(fullPath);
+        if (container == m_metadataForPath.cend())
+            return;
+        for (qsizetype i = 0; i < keys.size(); ++i) {
+            const auto keyId = keyIdForReading(keys.at(i));
+            if (!keyId)
+                continue;
+            if (const QString *value = container->stringValues.find(*keyId, source))
+                result[i] = *value;
+        }
+    };
+    m_serialQueue.sync(std::ref(block));
+    return result;
+}
+
 qint64 MetadataStorage::getObjCIntegerValue(const QString &fullPath, const QString &key,
                                             MetadataSource source)
 {

@@ -44,6 +44,9 @@ public:
 
     std::optional<QString> getStringValue(const QString &fullPath, const QString &key,
                                           MetadataSource source);
+    // Several keys of one path and source in one visit of the queue, in the order asked.
+    QList<std::optional<QString>> getStringValues(const QString &fullPath, const QStringList &keys,
+                                                  MetadataSource source);
     // -1 when there is none.
     qint64 getObjCIntegerValue(const QString &fullPath, const QString &key, MetadataSource source);
     // Seconds since 2001-01-01T00:00:00Z, or distantPastTimeInterval when there is none.

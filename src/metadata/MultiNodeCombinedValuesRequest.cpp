@@ -2,6 +2,8 @@
 
 #include "platform/MainQueue.h"
 
+#include <QSet>
+
 MultiNodeCombinedValuesRequest::MultiNodeCombinedValuesRequest(QList<NodePtr> nodes, QString key,
                                                                MetadataSource source,
                                                                std::function<void()> readyClosure)
@@ -77,6 +79,9 @@ CombinedValuesWrapper MultiNodeCombinedValuesRequest::combinedDisplayStringWrapp
     const QString &forKey) const
 {
     CombinedValuesWrapper result;
+    // A set beside the list: a selection of many files with as many different values would
+    // otherwise compare every value with every other.
+    QSet<QString> seen;
     for (const NodePtr &node : nodes) {
         const DisplayStringWrapper value = node->getDisplayString(forKey);
         switch (value.kind()) {
@@ -86,8 +91,10 @@ CombinedValuesWrapper MultiNodeCombinedValuesRequest::combinedDisplayStringWrapp
             result.someValuesMissing = true;
             break;
         case DisplayStringWrapper::Kind::Present:
-            if (!result.values.contains(value.text()))
+            if (!seen.contains(value.text())) {
+                seen.insert(value.text());
                 result.values.append(value.text());
+            }
             break;
         }
     }
