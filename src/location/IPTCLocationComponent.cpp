@@ -1,11 +1,10 @@
 #include "IPTCLocationComponent.h"
 
-#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "metadata/MultiNodeCombinedValuesRequest.h"
 #include "platform/MainQueue.h"
 #include "session/DataModel.h"
-#include "writing/ExifWriteManager.h"
+#include "writing/ChangeManager.h"
 
 #include <QCoreApplication>
 
@@ -227,16 +226,10 @@ void IPTCLocationComponent::handleReturn()
 
 void IPTCLocationComponent::executeApplyButton()
 {
-    const QString text = _currentValueInInterface->value();
-    const QList<NodePtr> selection = m_model.selectedNodes();
-    for (const NodePtr &node : selection) {
-        std::optional<QString> errorMessage;
-        ExifWriteManager::shared().setTagsOfFile(node->absolutePath, {exifToolsValueKey, text},
-                                                 errorMessage);
-        DataCoordinator::shared().invalidateData(node);
-        // Once per file, as the program has always done: each starts its own round of reads.
-        m_model._selectedNodes->setValue(m_model._selectedNodes->value());
-    }
+    // Through the write engine: merged per file, in the background, one alert for the failures.
+    // Each file's write announces the selection again once the file has been read anew.
+    ChangeManager::applyLocationFieldToCurrentSelection(exifToolsValueKey,
+                                                        _currentValueInInterface->value());
 }
 
 void IPTCLocationComponent::executeResetButton()

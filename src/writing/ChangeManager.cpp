@@ -117,6 +117,11 @@ void ChangeManager::applyCurrentPinnedCountryToCurrentSelection()
                      *dataModel().countryComponent);
 }
 
+void ChangeManager::applyLocationFieldToCurrentSelection(const QString &tag, const QString &text)
+{
+    applyTagsToCurrentSelection({tag, text}, nullptr);
+}
+
 void ChangeManager::applyPinnedField(const QString &pinnedText, const QString &tag,
                                      IPTCLocationComponent &component)
 {
