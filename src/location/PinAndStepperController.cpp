@@ -95,6 +95,8 @@ std::unique_ptr<PinAndStepperController> PinAndStepperController::create(DataMod
     if (model.gpsCoordinateComponent)
         model.gpsCoordinateComponent->setPinWorkflow(controller.get());
     controller->configureListeners();
+    // The label follows changes only; the stepper shows the present selection from the start.
+    controller->computeStepperLabel();
     return controller;
 }
 

@@ -22,7 +22,7 @@ public:
     explicit PinAndStepperController(DataModel &model);
     // The controller as the window uses it: the GPS editor adds its pins through it, it selects
     // in the given table and centres the given map (either may be absent), and it listens to
-    // the model. The model must outlive it.
+    // the model; the stepper's label is set at once. The model must outlive it.
     static std::unique_ptr<PinAndStepperController> create(DataModel &model,
                                                            ItemTableSelection *table,
                                                            PinMapView *map);
