@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -72,7 +73,11 @@ void tst_OutputSettingsFragment::settingsFollowTheFormatAndTheTextIsSaved()
         if (!dialog)
             return;
         proposed = dialog->selectedFiles().value(0);
-        dialog->selectFile(target);
+        // Typed into the name field, as a user does.
+        auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
+        if (!name)
+            return;
+        name->setText(target);
         static_cast<QDialog *>(dialog)->accept();
     });
     QTest::mouseClick(save, Qt::LeftButton);

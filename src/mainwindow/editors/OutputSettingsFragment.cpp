@@ -134,10 +134,10 @@ QList<Setting> settings(DataModel &m)
 // A row of the settings' stack, there only while the chosen format uses it.
 B::DynamicFragmentWall<Format> settingRow(DataModel &model, const QString &name,
                                           const QList<Format> &formats, const QString &caption,
-                                          const BuildDirectiveList &control)
+                                          const BuildDirectiveList &control,
+                                          const LayoutTag &controlTag)
 {
-    const LayoutTag row(name + QStringLiteral("Row")), label(name + QStringLiteral("Caption")),
-        controlTag(name);
+    const LayoutTag row(name + QStringLiteral("Row")), label(name + QStringLiteral("Caption"));
     return B::DynamicFragmentWall<Format>::showWhen(
                AnyReadOnlyVariable<Format>(model.outputFormat),
                [formats](const Format &format) { return formats.contains(format); },
@@ -171,15 +171,18 @@ B::FragmentWall OutputSettingsFragment::directive(DataModel &model,
             model, setting.name, setting.formats, setting.caption,
             B::PopupButton(setting.items, setting.mode)
                 .tag(control)
-                .style<QWidget>([accessible](QWidget *w) { w->setAccessibleName(accessible); })));
+                .style<QWidget>([accessible](QWidget *w) { w->setAccessibleName(accessible); }),
+            control));
     }
+    const LayoutTag quote(u"quoteStrings"_s);
     settingRows.append(settingRow(
         model, u"quoteStrings"_s, {Format::TSV, Format::CopyToExcel, Format::JSON}, QString(),
         B::CheckBox(tr("Quote strings"), model.quoteStrings)
-            .tag(LayoutTag(u"quoteStrings"_s))
+            .tag(quote)
             .style<QWidget>([](QWidget *w) {
                 w->setToolTip(tr("Text values (JSON: member names) in double quotes"));
-            })));
+            }),
+        quote));
 
     DataModel *m = &model;
     const auto statusText = std::make_shared<StraightVariable<QString>>();
