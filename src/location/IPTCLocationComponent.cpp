@@ -7,6 +7,7 @@
 #include "writing/ChangeManager.h"
 
 #include <QCoreApplication>
+#include <QSet>
 
 #include <algorithm>
 
@@ -172,10 +173,13 @@ void IPTCLocationComponent::addSection(const QString &header, const QString &key
     // All items of the list, not only the selected ones.
     const QStringList all
         = MetadataStorage::shared().getAllCurrentStringValues(key, MetadataSource::ExifToolGeneric);
+    // A set: the store holds one value for every item of the list, many of them alike.
+    QSet<QString> seen;
     QStringList kept;
     for (const QString &value : all) {
-        if (keep(value) && !kept.contains(value))
+        if (!seen.contains(value) && keep(value))
             kept.append(value);
+        seen.insert(value);
     }
     if (kept.isEmpty())
         return;

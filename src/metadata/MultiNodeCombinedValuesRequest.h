@@ -34,7 +34,13 @@ private:
     MultiNodeCombinedValuesRequest(QList<NodePtr> nodes, QString key, MetadataSource source,
                                    std::function<void()> readyClosure);
     void start();
-    bool anyNodeWaiting() const;
+    // Moves past the nodes whose value has arrived; true once none is left waiting.
+    bool advancePastArrivedNodes();
 
     std::function<void()> readyClosure;
+    // The nodes before this index had their value when last looked at, so an arrival is
+    // checked from here on rather than over the whole selection again.
+    qsizetype m_firstWaiting = 0;
+    // The nodes this request observes, and only those, are let go at the end.
+    QList<NodePtr> m_observedNodes;
 };
