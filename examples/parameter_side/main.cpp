@@ -78,7 +78,7 @@ int main(int argc, char **argv)
         } else {
             waitFor([&] { return window.numberOfRows() > 0; }, 30000);
             window.selectRowIndexes({0}, false);
-            waitFor([&] { return false; }, 1500);
+            waitFor([&] { return false; }, 6000);
             status = window.grab().save(screenshot) ? 0 : 1;
         }
         // Edits on their way to the files are written before the window goes.
