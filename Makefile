@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 ARGS ?=
 CMAKE_FLAGS ?=
 
-.PHONY: all setup configure build run test bench format clean
+.PHONY: all setup configure build run test benchmarks bench format clean
 
 all: build
 
@@ -30,10 +30,13 @@ run: build
 test: build
 	@cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS) --timeout 600
 
-bench: build
+# Every benchmark and fuzz target, built but not run.
+benchmarks: build
 	@cmake --build $(BUILD_DIR) --target benchmarks -j $(JOBS)
+
+bench: benchmarks
 	@set -e; for b in $(BUILD_DIR)/bench/bench_*; do \
-	    [ -x "$$b" ] || continue; echo "== $$b"; "$$b"; done
+	    [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$b"; "$$b"; done
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -23,6 +23,31 @@ use Image::ExifTool;
 die "extract.pl: Image::ExifTool was not loaded from $exifToolLib\n"
     unless $INC{'Image/ExifTool.pm'} eq "$exifToolLib/Image/ExifTool.pm";
 
+# ExifTool opens every file it reads through its Open method. This one opens for reading only
+# what is a regular file at the moment of opening: a FIFO, socket or device named like a photo
+# would block the worker for ever, and so every read behind it. Opening without blocking and
+# testing the open handle leaves no gap in which such a file could take the checked one's place.
+package PalometExifTool;
+use Fcntl qw(O_RDONLY O_NONBLOCK F_GETFL F_SETFL);
+our @ISA = ('Image::ExifTool');
+
+sub Open
+{
+    my ($self, $fh, $file, $mode) = @_;
+    return $self->SUPER::Open($fh, $file, $mode) if defined $mode && $mode ne '<';
+    sysopen($fh, $file, O_RDONLY | O_NONBLOCK) or return 0;
+    unless (-f $fh) {
+        close $fh;
+        return 0;
+    }
+    my $flags = fcntl($fh, F_GETFL, 0);
+    fcntl($fh, F_SETFL, $flags & ~O_NONBLOCK) if $flags;
+    binmode $fh;
+    return 1;
+}
+
+package main;
+
 my $KEY_PREFIX = '{extracted-key}:';
 my $TERMINATOR = '-<-do-not_use_thisInMetaData-Finished-->';
 
@@ -41,6 +66,13 @@ my %IPTC_FIELDS = (
     'Province-State' => 'Province-State',
     'Sub-location'   => 'Sub-location',
     'Country'        => 'Country-PrimaryLocationName',
+);
+# The answer key of each field's XMP copy, which stands in where the IPTC copy is missing.
+my %XMP_STAND_IN = (
+    'City'           => 'XMPCity',
+    'Province-State' => 'XMPState',
+    'Sub-location'   => 'XMPLocation',
+    'Country'        => 'XMPCountry',
 );
 
 # The pairs compared for the divergence flags: flag, IPTC tag, XMP group and tag.
@@ -84,7 +116,7 @@ my %requestedNames = map { lc(s/^.*://r) => 1 } @requestTags;
 # requested once, as an option, rather than with every file: ExifTool then neither parses the
 # list nor matches it against every found tag per file. Duplicates keeps every copy of a tag, so
 # that the legacy and XMP copies of a field can be told apart.
-my $exifTool = Image::ExifTool->new;
+my $exifTool = PalometExifTool->new;
 $exifTool->Options(
     RequestTags     => \@requestTags,
     Duplicates      => 1,
@@ -224,6 +256,23 @@ sub legacyValues
     return \%values;
 }
 
+# Whether the file holds XMP: the packet itself, a requested tag read from it, or, for formats
+# that carry the packet inline rather than as a block of their own (SVG's metadata element),
+# any tag of the XMP group. The full scan runs only when the quicker tests fail.
+sub xmpPresent
+{
+    my ($found) = @_;
+    return 1 if findTag($found, 'XMP');
+    for my $name (keys %$found) {
+        my $preferred = findTag($found, $name);
+        return 1 if $preferred && $$preferred{group0} eq 'XMP';
+    }
+    for my $key ($exifTool->GetFoundTags) {
+        return 1 if $exifTool->GetGroup($key, 0) eq 'XMP';
+    }
+    return 0;
+}
+
 sub isNumber
 {
     my ($text) = @_;
@@ -241,6 +290,64 @@ sub signedLegacyPosition
     $latitude  = -$latitude  if ($$legacy{'GPSLatitudeRef#'}  // '') eq 'S';
     $longitude = -$longitude if ($$legacy{'GPSLongitudeRef#'} // '') eq 'W';
     return ($latitude + 0, $longitude + 0);
+}
+
+# A signed number's sign and its digits, as text, so that the digits stay as ExifTool wrote them.
+sub splitSign
+{
+    my ($number) = @_;
+    my ($sign, $digits) = $number =~ /^\s*([-+]?)\s*(.*?)\s*$/;
+    return ($sign eq '-', $digits);
+}
+
+# The legacy values with the XMP-exif copies standing in, in the legacy form, for what the legacy
+# metadata lacks: a format without EXIF or QuickTime location (GIF, PDF, PNG or WebP written
+# through XMP) then shows, sorts, maps and edits its position like any other file. The position
+# stands in as a whole, with references to match, only when the legacy metadata holds neither
+# coordinate; the altitude is a field of its own.
+sub withXmpStandIns
+{
+    my ($found, $legacy, $quickTime) = @_;
+    my %values = %$legacy;
+    my $xmpExif = inGroup1('XMP-exif');
+    my %hemispheres = (GPSLatitude => [ 'North', 'South' ], GPSLongitude => [ 'East', 'West' ]);
+    unless (defined $values{'GPSLatitude#'} || defined $values{'GPSLongitude#'}) {
+        for my $tag (qw(GPSLatitude GPSLongitude)) {
+            my $entry = findTag($found, $tag, $xmpExif);
+            my $number = valueText($entry, 1);
+            next unless isNumber($number);
+            my $text = valueText($entry, 0);
+            my ($negative, $digits) = splitSign($number);
+            if ($quickTime) {
+                $values{"$tag#"} = $negative ? "-$digits" : $digits;
+                $values{$tag} = $text if defined $text;
+                next;
+            }
+            $values{"$tag#"} = $digits;
+            $values{"${tag}Ref"} = $hemispheres{$tag}[$negative ? 1 : 0];
+            # The XMP text ends in its hemisphere's letter, which EXIF keeps in the reference.
+            $values{$tag} = $text =~ s/\s*[NSEW]$//r if defined $text;
+        }
+    }
+    unless (defined $values{'GPSAltitude#'}) {
+        my $entry = findTag($found, 'GPSAltitude', $xmpExif);
+        my $number = valueText($entry, 1);
+        if (isNumber($number)) {
+            my $reference = findTag($found, 'GPSAltitudeRef', $xmpExif);
+            my $below = (valueText($reference, 1) // '') eq '1';
+            my (undef, $digits) = splitSign($number);
+            my $text = valueText($entry, 0);
+            $values{GPSAltitude} = $text if defined $text;
+            if ($quickTime) {
+                $values{'GPSAltitude#'} = $below ? "-$digits" : $digits;
+            } else {
+                $values{'GPSAltitude#'} = $digits;
+                my $referenceText = valueText($reference, 0);
+                $values{GPSAltitudeRef} = $referenceText if defined $referenceText;
+            }
+        }
+    }
+    return \%values;
 }
 
 # The keys that no single ExifTool tag gives: the XMP view of the location, XMPPresent and the
@@ -276,11 +383,7 @@ sub extraValues
             || abs($legacyPosition[1] - $xmpLongitude) > $GPS_TOLERANCE;
     }
 
-    my $xmpPresent = findTag($found, 'XMP') || grep {
-        my $preferred = findTag($found, $_);
-        $preferred && $$preferred{group0} eq 'XMP'
-    } keys %$found;
-    $values{XMPPresent} = '1' if $xmpPresent;
+    $values{XMPPresent} = '1' if xmpPresent($found);
     return \%values;
 }
 
@@ -299,20 +402,27 @@ sub answerLine
 sub describe
 {
     my ($path) = @_;
+    # Anything but a regular file (a FIFO, socket or device named like a photo, a folder) is
+    # never opened: it has no tags. The Open above covers a file swapped in after this test.
+    return '' unless -f $path;
     $exifTool->ExtractInfo($path);
     my $found = indexFoundTags();
     my $quickTime = isQuickTimeFamily($path);
     my $legacy = legacyValues($found, $quickTime);
+    # Divergence is judged on the copies the file holds; the answer shows the stand-ins.
     my $extra = extraValues($found, $legacy, $quickTime);
+    my $position = withXmpStandIns($found, $legacy, $quickTime);
 
     my $answer = '';
     for my $want (@wanted) {
         my ($key, $group, $tag, $raw) = @$want{qw(key group tag raw)};
         my $value;
         if (!defined $group && $LEGACY_GPS_TAGS{$tag}) {
-            $value = $$legacy{ $raw ? "$tag#" : $tag };
+            $value = $$position{ $raw ? "$tag#" : $tag };
         } elsif (!defined $group && $IPTC_FIELDS{$tag}) {
             $value = valueText(findTag($found, $IPTC_FIELDS{$tag}, inGroup0('IPTC')), $raw);
+            # A field without an IPTC copy answers with its XMP copy.
+            $value = $$extra{ $XMP_STAND_IN{$tag} } unless defined trimmed($value);
         } elsif (defined $group) {
             my $lowerGroup = lc $group;
             $value = valueText(findTag($found, $tag, sub {

@@ -1,14 +1,22 @@
 #!/usr/bin/env perl
 #
-# Palomet's write worker: sets tags of one file and exits.
+# Palomet's write worker: sets tags of files through ExifTool.
 #
-#   set_tag.pl PATH <none> TAG BASE64-VALUE [TAG BASE64-VALUE ...]
+#   set_tag.pl PATH DESTINATION TAG BASE64-VALUE [TAG BASE64-VALUE ...]
+#       One file, then exit. DESTINATION "<none>" rewrites PATH itself, through a temporary copy
+#       beside it and a rename; any other DESTINATION is a new file that receives PATH with the
+#       tags set, PATH itself untouched (Palomet then puts it in place, with the file's
+#       attributes). Exit status 0 when written, 1 when refused or failed (one short line on
+#       standard error), 2 for a malformed call.
 #
-# Values arrive in base64 so that line feeds and any character survive the argument list; once
-# decoded they are UTF-8 text. Exit status 0 when the file was written, 1 when ExifTool refused
-# or failed (its message goes to standard error, one short line), 2 for a malformed call. The
-# changed file replaces the original through ExifTool's temporary file and a rename; no backup
-# copy is kept beside it.
+#   set_tag.pl --serve
+#       Long-running: one request per line on standard input, the fields of a one-shot call
+#       separated by single spaces, PATH and DESTINATION in base64 as well. Each answer is the
+#       exit status a one-shot call would have had, on a line of its own, then its message lines,
+#       then the terminator with nothing behind it. Exits at the end of its input.
+#
+# Values arrive in base64 so that line feeds and any character survive; once decoded they are
+# UTF-8 text.
 #
 use strict;
 use warnings;
@@ -31,76 +39,144 @@ if ($INC{'Image/ExifTool.pm'} ne "$libDir/Image/ExifTool.pm") {
     exit 2;
 }
 
+my $TERMINATOR = '-<-do-not_use_thisInMetaData-Finished-->';
+
 # File types whose GPS position is one QuickTime coordinate triple instead of EXIF GPS tags.
 my %quickTimeFamily = map { $_ => 1 } qw(MOV MP4 M4V M4A M4B M4P 3GP 3G2 3GPP MQV QT QTIF
                                           F4V F4A F4B F4P);
 
+# File types that hold no EXIF or no IPTC, where ExifTool would drop such a tag without a word.
+# Their position and place names go to XMP. A type missing here is still caught: a tag that
+# did not land is tried once more through XMP before the write is refused.
+my %withoutEXIF = map { $_ => 1 } qw(GIF PDF PPM PGM PBM XMP XML X3F DR4 VRD CRW EPS PS AI
+                                      INDD SVG);
+my %withoutIPTC = map { $_ => 1 } qw(MOV MP4 M4A HEIC HEIF AVIF CR3 CRX RIFF WEBP GIF JXL PDF
+                                      PPM PGM PBM XMP XML X3F DR4 VRD CRW SVG);
+
+# The four place names: the IPTC tag, the XMP tag and the field of a shown location.
+my %placeFields = (
+    'city'                        => [ 'City', 'XMP-photoshop:City', 'City' ],
+    'province-state'              => [ 'Province-State', 'XMP-photoshop:State', 'ProvinceState' ],
+    'state'                       => [ 'Province-State', 'XMP-photoshop:State', 'ProvinceState' ],
+    'sub-location'                => [ 'Sub-location', 'XMP-iptcCore:Location', 'Sublocation' ],
+    'location'                    => [ 'Sub-location', 'XMP-iptcCore:Location', 'Sublocation' ],
+    'country'                     => [ 'Country-PrimaryLocationName', 'XMP-photoshop:Country',
+                                       'CountryName' ],
+    'country-primarylocationname' => [ 'Country-PrimaryLocationName', 'XMP-photoshop:Country',
+                                       'CountryName' ],
+);
+
+# A refusal: the exit status and the line for the user.
 sub fail
 {
     my ($status, $message) = @_;
     $message =~ s/\s+$//;
-    print STDERR "$message\n";
-    exit $status;
+    die { status => $status, message => $message };
 }
 
-# File types that hold no IPTC. For them ExifTool may drop a plain IPTC location name without a
-# word (it prefers IPTC), so those names go to their MWG equivalents, which write XMP.
-my %withoutIPTC = map { $_ => 1 } qw(MOV MP4 HEIC HEIF AVIF CR3 CRX RIFF WEBP GIF JXL);
-my %mwgForIPTCName = (
-    'city' => 'MWG:City',
-    'province-state' => 'MWG:State',
-    'sub-location' => 'MWG:Location',
-    'country' => 'MWG:Country',
-    'country-primarylocationname' => 'MWG:Country',
-);
-
-my ($path, $none, @encoded) = @ARGV;
-fail(2, 'Error: usage: set_tag.pl PATH <none> TAG BASE64-VALUE ...') unless defined $none;
-fail(2, 'Error: tags and values must come in pairs') if @encoded % 2;
-fail(1, 'Error: File not found') unless -e $path;
-# ExifTool renames its copy over the path it is given, which would turn a symbolic link into a
-# file of its own; write the file the link points to instead.
-$path = Cwd::abs_path($path) if -l $path;
-# ExifTool would replace a read-only file through its rename; the user made it read-only, so
-# leave it alone. A file without any write bit counts as read-only even for root.
-fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;
-
-my $fileType = Image::ExifTool::GetFileType($path) || '';
-my @pairs;
-for (my $i = 0; $i < @encoded; $i += 2) {
-    my $tag = $encoded[$i];
-    $tag = $mwgForIPTCName{lc $tag} if $withoutIPTC{$fileType} and $mwgForIPTCName{lc $tag};
-    push @pairs, [ $tag, decode_base64($encoded[$i + 1]) ];
+sub isNumber
+{
+    my ($text) = @_;
+    return $text =~ /^\s*[+-]?(?:\d+(?:\.\d*)?|\.\d+)(?:[eE][+-]?\d+)?\s*$/;
 }
 
-# The MWG tags keep the IPTC and XMP copies of a field in step; once loaded they also take over
-# plain names like "City", which must keep ExifTool's ordinary meaning, so load them on demand.
-if (grep { $$_[0] =~ /^MWG:/i } @pairs) {
-    require Image::ExifTool::MWG;
-    Image::ExifTool::MWG::Load();
+# One writer for the worker's life; each request clears its new values first.
+my $writer = Image::ExifTool->new;
+
+# Sets the tags of one file. Returns the message of a refusal, or nothing on success.
+sub writeFile
+{
+    my ($path, $destination, @encoded) = @_;
+    fail(2, 'Error: tags and values must come in pairs') if @encoded % 2;
+    fail(1, 'Error: File not found') unless -e $path;
+    # ExifTool would replace a symbolic link by a file of its own; write the file it points to.
+    $path = Cwd::abs_path($path) if -l $path;
+    fail(1, 'Error: Not a regular file') unless -f $path;
+    # The user made the file read-only, so leave it alone. A file without any write bit counts
+    # as read-only even for root.
+    fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;
+
+    my @pairs;
+    for (my $i = 0; $i < @encoded; $i += 2) {
+        my $value = decode_base64($encoded[$i + 1]);
+        push @pairs, { tag => $encoded[$i], value => $value };
+    }
+    # Nothing asked, nothing to do: the file stays as it is.
+    return unless @pairs;
+
+    my $fileType = Image::ExifTool::GetFileType($path) || '';
+    my ($extension) = $path =~ /\.([^.\/]+)$/;
+    my $request = {
+        path       => $path,
+        fileType   => $fileType,
+        quickTime  => (defined $extension && $quickTimeFamily{uc $extension}) ? 1 : 0,
+        noEXIF     => $withoutEXIF{$fileType} ? 1 : 0,
+        noIPTC     => $withoutIPTC{$fileType} ? 1 : 0,
+        pairs      => \@pairs,
+    };
+
+    my $inPlace = $destination eq '<none>';
+    if ($inPlace) {
+        my ($directory, $name) = $path =~ m{^(.*/)?([^/]+)$};
+        $destination = ($directory // '') . ".$name.set_tag-$$";
+    }
+    fail(1, 'Error: Temporary file already exists') if -e $destination;
+
+    my $missing = writeOnce($request, $destination);
+    if (@$missing) {
+        # Tried once more with what did not land sent to XMP, where every writable type that
+        # holds position or place names keeps them.
+        my $redirected = 0;
+        foreach my $pair (@$missing) {
+            my $kind = $$pair{kind};
+            if (($kind eq 'coordinate' or $kind eq 'reference') and not $$request{noEXIF}) {
+                $$request{noEXIF} = $redirected = 1;
+            } elsif ($kind eq 'place' and not $$request{noIPTC}) {
+                $$request{noIPTC} = $redirected = 1;
+            }
+        }
+        if ($redirected) {
+            unlink $destination;
+            $missing = writeOnce($request, $destination);
+        }
+    }
+    if (@$missing) {
+        unlink $destination;
+        my %seen;
+        my @names = grep { !$seen{$_}++ } map { $$_{name} } @$missing;
+        my $what = $fileType ? "$fileType files" : 'This file';
+        fail(1, "Error: $what can't hold " . join(', ', @names));
+    }
+
+    if ($inPlace) {
+        $writer->CopyFileAttrs($path, $destination);
+        unless (rename $destination, $path) {
+            my $cause = "$!";
+            unlink $destination;
+            fail(1, "Error: Error renaming temporary file ($cause)");
+        }
+    }
+    return;
 }
-my $et = Image::ExifTool->new;
-$et->Options(Charset => 'UTF8');
 
-my ($extension) = $path =~ /\.([^.\/]+)$/;
-my $isQuickTime = defined $extension && $quickTimeFamily{uc $extension};
-
-# What the file holds now, read at most once and only when a decision needs it.
-my $current;
+# What the file holds now, read at most once per request and only when a decision needs it:
+# IPTC as the bytes stored, XMP structures whole.
 sub currentInfo
 {
-    return $current if $current;
+    my ($request) = @_;
+    return $$request{current} if $$request{current};
     my $reader = Image::ExifTool->new;
-    $reader->Options(Charset => 'UTF8', List => 1, Duplicates => 1, FastScan => 0);
-    $reader->ExtractInfo($path);
-    $current = $reader;
-    return $current;
+    $reader->Options(Charset => 'UTF8', CharsetIPTC => 'UTF8', List => 1, Duplicates => 1,
+                     Struct => 1, FastScan => 0);
+    $reader->ExtractInfo($$request{path});
+    return $$request{current} = $reader;
 }
 
 # A coordinate triple for QuickTime keeps whatever altitude the file had.
 sub existingQuickTimeCoordinates
 {
-    my $info = currentInfo();
+    my ($request) = @_;
+    my $info = currentInfo($request);
     foreach my $group (qw(Keys UserData ItemList)) {
         foreach my $tag ($info->GetFoundTags('File')) {
             next unless Image::ExifTool::GetTagName($tag) eq 'GPSCoordinates';
@@ -113,86 +189,237 @@ sub existingQuickTimeCoordinates
     return ();
 }
 
+# How many places the file's XMP lists as shown.
+sub shownLocationCount
+{
+    my ($request) = @_;
+    my $info = currentInfo($request);
+    my $count = 0;
+    foreach my $tag ($info->GetFoundTags('File')) {
+        next unless Image::ExifTool::GetTagName($tag) eq 'LocationShown';
+        my $value = $info->GetValue($tag, 'ValueConv');
+        $count += ref $value eq 'ARRAY' ? scalar @$value : 1;
+    }
+    return $count;
+}
+
+# The new values of one request on the shared writer. Each entry of @targets is a tag for
+# SetNewValue, its options, and the name the write reports when it lands.
 sub setValue
 {
     my ($tag, $value, @options) = @_;
-    my ($count, $error) = $et->SetNewValue($tag, $value, @options);
+    my ($count, $error) = $writer->SetNewValue($tag, $value, @options);
     fail(1, "Error: $error") if $error;
     fail(1, "Error: Can't write $tag") unless $count;
 }
 
-my ($quickTimeLatitude, $quickTimeLongitude);
-my $needsUTF8 = 0;
+# Writes the file once, the pairs routed as the request says. Returns the pairs that did not
+# land, each with its kind and name.
+sub writeOnce
+{
+    my ($request, $destination) = @_;
+    # Standard output is the conversation with Palomet: nothing else may ever reach it.
+    $writer->Options(Verbose => 0, TextOut => \*STDERR);
+    $writer->SetNewValue();
+    # A JPEG XL codestream takes metadata only inside a container; wrapping it changes nothing
+    # in the image.
+    $writer->Options(Charset => 'UTF8', IgnoreMinorErrors => $$request{fileType} eq 'JXL' ? 1 : 0);
 
-foreach my $pair (@pairs) {
-    my ($tag, $value) = @$pair;
-    my $text = $value;
-    utf8::decode($text);
-    $needsUTF8 = 1 if $text =~ /[^\x00-\xff]/;
+    my @routed;         # each: kind, name, names it may land as
+    my (%iptcText, $quickTimeLatitude, $quickTimeLongitude);
+    foreach my $pair (@{$$request{pairs}}) {
+        my ($tag, $value) = @$pair{qw(tag value)};
+        my ($group, $name, $numeric) = $tag =~ /^(?:([\w-]+):)?([\w-]+)(#?)$/;
+        fail(2, "Error: Invalid tag name $tag") unless defined $name;
+        $group //= '';
 
-    if ($isQuickTime and $tag =~ /^(?:[\w-]+:)?GPSLatitude#$/) {
-        $quickTimeLatitude = $value;
-    } elsif ($isQuickTime and $tag =~ /^(?:[\w-]+:)?GPSLongitude#$/) {
-        $quickTimeLongitude = $value;
-    } elsif ($tag =~ /^GPS(Latitude|Longitude)#$/) {
-        # The EXIF coordinate is unsigned; its hemisphere comes with its own reference pair.
-        setValue("GPS:$tag", abs($value));
-    } else {
-        setValue($tag, $value);
+        if ($name =~ /^GPS(Latitude|Longitude)$/i) {
+            my $half = ucfirst lc $1;
+            my $limit = $half eq 'Latitude' ? 90 : 180;
+            fail(1, "Error: GPS$half must be a number of degrees, not \"$value\"")
+                unless isNumber($value);
+            fail(1, "Error: GPS$half must lie between -$limit and $limit degrees, not \"$value\"")
+                if abs($value) > $limit;
+            my $entry = { kind => 'coordinate', name => "GPS$half" };
+            if ($group =~ /^XMP/i) {
+                setValue("XMP-exif:GPS$half#", $value + 0);
+                $$entry{lands} = ["GPS$half"];
+            } elsif ($$request{quickTime}) {
+                $half eq 'Latitude' ? ($quickTimeLatitude = $value) : ($quickTimeLongitude = $value);
+                $$entry{lands} = ['GPSCoordinates'];
+            } elsif ($$request{noEXIF}) {
+                # XMP carries the hemisphere in the number; no reference is written.
+                setValue("XMP-exif:GPS$half#", $value + 0);
+                $$entry{lands} = ["GPS$half"];
+            } else {
+                # The EXIF coordinate is unsigned; its hemisphere comes with its reference pair.
+                setValue("GPS:GPS$half#", abs($value));
+                $$entry{lands} = ["GPS$half"];
+            }
+            push @routed, $entry;
+        } elsif ($name =~ /^GPS(Latitude|Longitude)Ref$/i) {
+            # Only EXIF keeps a separate hemisphere.
+            next if $$request{quickTime} or $$request{noEXIF};
+            setValue($group ? $tag : "GPS:$tag", $value);
+            push @routed, { kind => 'reference', name => $name, lands => [$name] };
+        } elsif (my $field = $placeFields{lc $name} and ($group eq '' or $group =~ /^(MWG|IPTC)$/i)) {
+            my ($iptcName, $xmpTag, $shownField) = @$field;
+            my $entry = { kind => 'place', name => $group ? "$group:$name" : $name, lands => [] };
+            my $mwg = uc $group eq 'MWG';
+            my $toXMP = $mwg || $$request{noIPTC};
+            unless ($$request{noIPTC}) {
+                # The MWG way edits an IPTC record that exists; a plain name makes one.
+                setValue("IPTC:$iptcName", $value, $mwg ? (EditGroup => 1) : ());
+                push @{$$entry{lands}}, $iptcName;
+                $iptcText{$iptcName} = { value => $value, creates => !$mwg };
+                # The digest tells readers whether IPTC and XMP agree; keep it true.
+                my @quiet;
+                @quiet = $writer->SetNewValue('Photoshop:IPTCDigest', 'old', Protected => 1,
+                                              DelValue => 1);
+                @quiet = $writer->SetNewValue('Photoshop:IPTCDigest', 'new', Protected => 1);
+            }
+            if ($toXMP) {
+                setValue($xmpTag, $value);
+                push @{$$entry{lands}}, $xmpTag =~ s/^.*://r;
+                # The shown location is kept in step only while there is at most one: a list
+                # of several places is the user's and stays as it is.
+                if (shownLocationCount($request) <= 1) {
+                    setValue("XMP-iptcExt:LocationShown$shownField", $value);
+                    push @{$$entry{lands}}, "LocationShown$shownField";
+                }
+            }
+            push @routed, $entry;
+        } elsif (uc $group eq 'MWG') {
+            fail(1, "Error: Can't write $tag");
+        } else {
+            setValue($tag, $value);
+            push @routed, { kind => 'other', name => $name, lands => [$name] };
+            $iptcText{$name} = { value => $value, creates => 1 } if $group eq '' || $group =~ /^IPTC$/i;
+        }
     }
-}
 
-if (defined $quickTimeLatitude or defined $quickTimeLongitude) {
-    my @existing = existingQuickTimeCoordinates();
-    my $latitude = defined $quickTimeLatitude ? $quickTimeLatitude : $existing[0];
-    my $longitude = defined $quickTimeLongitude ? $quickTimeLongitude : $existing[1];
-    fail(1, 'Error: GPS coordinates need both latitude and longitude')
-        unless defined $latitude and defined $longitude;
-    my $coordinates = "$latitude $longitude";
-    $coordinates .= " $existing[2]" if @existing >= 3;
-    setValue("$_:GPSCoordinates#", $coordinates) foreach qw(Keys UserData ItemList);
+    if (defined $quickTimeLatitude or defined $quickTimeLongitude) {
+        my @existing = existingQuickTimeCoordinates($request);
+        my $latitude = defined $quickTimeLatitude ? $quickTimeLatitude : $existing[0];
+        my $longitude = defined $quickTimeLongitude ? $quickTimeLongitude : $existing[1];
+        fail(1, 'Error: GPS coordinates need both latitude and longitude')
+            unless defined $latitude and defined $longitude;
+        my $coordinates = ($latitude + 0) . ' ' . ($longitude + 0);
+        $coordinates .= " $existing[2]" if @existing >= 3;
+        setValue("$_:GPSCoordinates#", $coordinates) foreach qw(Keys UserData ItemList);
+    }
+
+    keepIPTCText($request, \%iptcText) unless $$request{noIPTC};
+
+    # ExifTool tells each tag it writes on its verbose output; that is how a tag that a format
+    # can't hold is told from one that landed.
+    my $log = '';
+    open my $logHandle, '>', \$log or fail(1, 'Error: no memory for the write log');
+    $writer->Options(Verbose => 2, TextOut => $logHandle);
+    $! = 0;
+    my $result = $writer->WriteInfo($$request{path}, $destination);
+    my $cause = "$!";
+    $writer->Options(Verbose => 0, TextOut => \*STDERR);
+    close $logHandle;
+    my $error = $writer->GetValue('Error');
+    if ($result == 0 or $error) {
+        unlink $destination;
+        $error = 'Error writing file' unless $error;
+        # ExifTool names the file step that failed but not why; the system's reason tells a full
+        # disk or a refused folder apart.
+        $error =~ s/:\s*\Q$$request{path}\E\S*//;
+        $error =~ s/:?\s*-?\s*\Q$destination\E//;
+        $error .= " ($cause)" if $cause and $error =~ /^Error (?:creating|writing|renaming|opening)/;
+        fail(1, "Error: $error");
+    }
+    my %written;
+    $written{lc $1} = 1 while $log =~ /^\s*\+ (?:[\w-]+:)?([\w-]+) = /mg;
+    return [ grep { not grep { $written{lc $_} } @{$$_{lands}} } @routed ];
 }
 
 # IPTC stores Latin-1 unless told otherwise, which would turn other characters into question
-# marks. Declare UTF-8 where IPTC is or will be written, and re-store the record's existing
-# non-ASCII text so that it still reads the same under the new declaration.
-if ($needsUTF8) {
-    my $info = currentInfo();
+# marks. Where a value outside Latin-1 goes into IPTC, the record is declared UTF-8, and every
+# value the write leaves alone is stored again as UTF-8 so that it reads as the same characters:
+# bytes that are valid UTF-8 were meant as UTF-8 (many programs write it undeclared), the rest
+# is Latin-1.
+sub keepIPTCText
+{
+    my ($request, $iptcText) = @_;
+    my $needsUTF8 = 0;
+    foreach my $name (keys %$iptcText) {
+        next unless defined $writer->GetNewValue("IPTC:$name");
+        my $text = $$iptcText{$name}{value};
+        utf8::decode($text);
+        $needsUTF8 = 1 if $text =~ /[^\x00-\xff]/;
+    }
+    return unless $needsUTF8;
+
+    my $info = currentInfo($request);
     my @iptcTags = grep { $info->GetGroup($_, 0) eq 'IPTC' } $info->GetFoundTags('File');
     my ($charset) = map { $info->GetValue($_, 'ValueConv') }
         grep { Image::ExifTool::GetTagName($_) eq 'CodedCharacterSet' } @iptcTags;
-    my $declaredUTF8 = defined $charset && $charset =~ /^\x1b%G$/;
-    # An MWG tag edits an existing IPTC record only, so only the other tags can create one.
-    my $createsIPTC = grep {
-        my ($name) = $$_[0] =~ /^(?!MWG:)(?:[\w-]+:)?([\w-]+)#?$/i;
-        defined $name and defined $et->GetNewValue("IPTC:$name")
-    } @pairs;
-    if (!$declaredUTF8 and (@iptcTags or $createsIPTC)) {
-        setValue('IPTC:CodedCharacterSet', 'UTF8', Protected => 1);
-        my %seen;
-        foreach my $tag (@iptcTags) {
-            my $name = Image::ExifTool::GetTagName($tag);
-            # Whatever this write sets, directly or through MWG, keeps its new value.
-            next if $seen{$name}++ or defined $et->GetNewValue("IPTC:$name");
-            my @values = map { $info->GetValue($_, 'ValueConv') }
-                grep { Image::ExifTool::GetTagName($_) eq $name } @iptcTags;
-            @values = map { ref $_ eq 'ARRAY' ? @$_ : $_ } @values;
-            next unless grep { defined $_ and /[\x80-\xff]/ } @values;
-            setValue("IPTC:$name", @values > 1 ? \@values : $values[0]);
+    return if defined $charset && $charset =~ /^\x1b%G$/;
+    # An edit of an existing record only, where there is none, makes none.
+    my $createsIPTC = grep { $$iptcText{$_}{creates} } keys %$iptcText;
+    return unless @iptcTags or $createsIPTC;
+
+    setValue('IPTC:CodedCharacterSet', 'UTF8', Protected => 1);
+    my %seen;
+    foreach my $tag (@iptcTags) {
+        my $name = Image::ExifTool::GetTagName($tag);
+        next if $seen{$name}++ or $name eq 'CodedCharacterSet';
+        # Whatever this write sets keeps its new value.
+        next if defined $writer->GetNewValue("IPTC:$name");
+        my @values = map { $info->GetValue($_, 'ValueConv') }
+            grep { Image::ExifTool::GetTagName($_) eq $name } @iptcTags;
+        @values = map { ref $_ eq 'ARRAY' ? @$_ : $_ } @values;
+        next unless grep { defined $_ and !ref $_ and /[\x80-\xff]/ } @values;
+        foreach my $value (@values) {
+            next if ref $value or not defined $value;
+            my $copy = $value;
+            next if utf8::decode($copy);
+            utf8::upgrade($value);
+            utf8::encode($value);
         }
+        setValue("IPTC:$name", @values > 1 ? \@values : $values[0]);
     }
 }
 
-$! = 0;
-my $result = $et->WriteInfo($path);
-my $cause = "$!";
-my $error = $et->GetValue('Error');
-if ($result == 0 or $error) {
-    $error = 'Error writing file' unless $error;
-    # ExifTool names the file step that failed but not why; the system's reason tells a full
-    # disk or a refused folder apart.
-    $error =~ s/:\s*\Q$path\E\S*//;
-    $error .= " ($cause)" if $cause and $error =~ /^Error (?:creating|writing|renaming|opening)/;
-    fail(1, "Error: $error");
+# Runs one request; returns the exit status and the message of a one-shot call.
+sub handle
+{
+    my @arguments = @_;
+    my $outcome = eval { writeFile(@arguments); 1 };
+    return (0, '') if $outcome;
+    my $failure = $@;
+    return ($$failure{status}, $$failure{message}) if ref $failure eq 'HASH';
+    $failure =~ s/\s+$//;
+    return (1, "Error: $failure");
 }
-exit 0;
+
+if (@ARGV == 1 and $ARGV[0] eq '--serve') {
+    binmode STDIN;
+    binmode STDOUT;
+    $| = 1;
+    while (defined(my $line = <STDIN>)) {
+        $line =~ s/\r?\n$//;
+        my @fields = split / /, $line, -1;
+        my ($status, $message);
+        if (@fields < 2) {
+            ($status, $message) = (2, 'Error: malformed request');
+        } else {
+            $fields[$_] = decode_base64($fields[$_]) for 0, 1;
+            ($status, $message) = handle(@fields);
+        }
+        print STDOUT "$status\n", (length $message ? "$message\n" : ''), $TERMINATOR;
+    }
+    exit 0;
+}
+
+if (@ARGV < 2) {
+    print STDERR "Error: usage: set_tag.pl PATH <none>|DESTINATION TAG BASE64-VALUE ...\n";
+    exit 2;
+}
+my ($status, $message) = handle(@ARGV);
+print STDERR "$message\n" if length $message;
+exit $status;

@@ -2,46 +2,32 @@
 
 #include "bricks/Assembly.h"
 #include "location/PinAndStepperController.h"
-#include "mainwindow/PreviewListModel.h"
+#include "mainwindow/DragAndDropTableView.h"
+#include "mainwindow/PreviewTableDataSource.h"
+#include "mainwindow/PreviewTableViewController.h"
 #include "mainwindow/editors/ParameterSide.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 #include "session/StatusLine.h"
 #include "writing/WriteEngine.h"
 
-#include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QTableView>
 #include <QTimer>
 
 ExampleWindow::ExampleWindow(DataModel &model, std::shared_ptr<OutputEngine> engine)
     : m_model(model)
     , m_engine(std::move(engine))
-    , m_listModel(std::make_shared<PreviewListModel>(QStringList {
-          QStringLiteral("name"), QStringLiteral("Sub-location"), QStringLiteral("City"),
-          QStringLiteral("Province-State"), QStringLiteral("Country"),
-          QStringLiteral("GPSLatitude#"), QStringLiteral("GPSLongitude#")}))
-    , m_table(new QTableView)
+    , m_table(NiblessViewController::make<PreviewTableViewController>(model))
     , m_status(new QLabel)
     , m_map(new QLabel)
 {
     setWindowTitle(tr("Palomet parameter side"));
-    m_table->setModel(m_listModel.get());
-    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_table->verticalHeader()->hide();
-    m_table->horizontalHeader()->setStretchLastSection(true);
-    m_table->setAlternatingRowColors(true);
-    m_engine->addPreviewTable(m_listModel);
-    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        QList<NodePtr> selected;
-        for (int row : selectedRowIndexes())
-            selected.append(m_listModel->nodes().value(row));
-        m_model.setSelectedNodes(selected);
-    });
+    // The table tells the model of the user's selection itself.
+    m_engine->addPreviewTable(m_table->engineConnection());
 
     m_controller = PinAndStepperController::create(m_model, this, this);
     m_assembly = build(ParameterSide::directive(m_model, m_engine, *m_controller));
@@ -54,7 +40,7 @@ ExampleWindow::ExampleWindow(DataModel &model, std::shared_ptr<OutputEngine> eng
 
     auto *splitter = new QSplitter;
     splitter->addWidget(scroll);
-    splitter->addWidget(m_table);
+    splitter->addWidget(m_table->view());
     splitter->setStretchFactor(1, 1);
     setCentralWidget(splitter);
     statusBar()->addWidget(m_status, 1);
@@ -76,18 +62,18 @@ QWidget *ExampleWindow::parameterSide() const
 
 int ExampleWindow::numberOfRows() const
 {
-    return m_listModel->rowCount();
+    return int(m_table->previewTableViewDataSource->nodes().size());
 }
 
 NodePtr ExampleWindow::nodeAtRow(int row) const
 {
-    return m_listModel->nodes().value(row);
+    return m_table->previewTableViewDataSource->nodes().value(row);
 }
 
 QList<int> ExampleWindow::selectedRowIndexes() const
 {
     QList<int> rows;
-    for (const QModelIndex &index : m_table->selectionModel()->selectedRows())
+    for (const QModelIndex &index : m_table->tableView->selectionModel()->selectedRows())
         rows.append(index.row());
     std::sort(rows.begin(), rows.end());
     return rows;
@@ -95,15 +81,15 @@ QList<int> ExampleWindow::selectedRowIndexes() const
 
 void ExampleWindow::selectRowIndexes(const QList<int> &rows, bool byExtendingSelection)
 {
+    QAbstractItemModel *table = m_table->tableView->model();
     QItemSelection selection;
     for (int row : rows)
-        selection.select(m_listModel->index(row, 0),
-                         m_listModel->index(row, m_listModel->columnCount() - 1));
-    m_table->selectionModel()->select(selection,
-                                      byExtendingSelection ? QItemSelectionModel::Select
-                                                           : QItemSelectionModel::ClearAndSelect);
+        selection.select(table->index(row, 0), table->index(row, table->columnCount() - 1));
+    m_table->tableView->selectionModel()->select(
+        selection,
+        byExtendingSelection ? QItemSelectionModel::Select : QItemSelectionModel::ClearAndSelect);
     if (!rows.isEmpty())
-        m_table->scrollTo(m_listModel->index(rows.first(), 0));
+        m_table->tableView->scrollTo(table->index(rows.first(), 0));
 }
 
 void ExampleWindow::setRegion(const CoordinateRegion &region, bool)

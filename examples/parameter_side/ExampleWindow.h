@@ -11,13 +11,11 @@ class Assembly;
 class DataModel;
 class OutputEngine;
 class PinAndStepperController;
-class PreviewListModel;
+class PreviewTableViewController;
 class QLabel;
-class QTableView;
 
-// The parameter side beside a plain table of the list, with the status line under both. The
-// table is what the stepper steps through; a stand-in map reports in the status bar where it
-// would go.
+// The parameter side beside the list's table, with the status line under both. The table is
+// what the stepper steps through; a stand-in map reports in the status bar where it would go.
 class ExampleWindow
     : public QMainWindow
     , public ItemTableSelection
@@ -46,10 +44,9 @@ private:
 
     DataModel &m_model;
     std::shared_ptr<OutputEngine> m_engine;
-    std::shared_ptr<PreviewListModel> m_listModel;
+    std::shared_ptr<PreviewTableViewController> m_table;
     std::unique_ptr<PinAndStepperController> m_controller;
     std::shared_ptr<Assembly> m_assembly;
-    QTableView *m_table;
     QLabel *m_status;
     QLabel *m_map;
 };

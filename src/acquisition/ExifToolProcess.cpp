@@ -1,6 +1,7 @@
 #include "ExifToolProcess.h"
 
 #include "acquisition/MacRomanDecoder.h"
+#include "platform/ChildProcess.h"
 #include "platform/Resources.h"
 
 #include <QFile>
@@ -13,9 +14,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -24,8 +22,8 @@ extern char **environ;
 namespace {
 
 // The worker's environment: ours, with the five variables it reads set anew.
-std::vector<QByteArray> workerEnvironment(const QStringList &whiteList,
-                                          const QStringList &rawWhiteList, bool geolocation)
+QList<QByteArray> workerEnvironment(const QStringList &whiteList, const QStringList &rawWhiteList,
+                                    bool geolocation)
 {
     const std::vector<std::pair<QByteArray, QByteArray>> settings = {
         {"EXIFTOOL_CHARSET", "utf8"},
@@ -34,7 +32,7 @@ std::vector<QByteArray> workerEnvironment(const QStringList &whiteList,
         {"EXIFTOOL_INCLUDE_RAW_TAGS", rawWhiteList.join(QLatin1Char(',')).toUtf8()},
         {"EXIFTOOL_ENABLE_GEOLOCATION", geolocation ? "1" : "0"},
     };
-    std::vector<QByteArray> environment;
+    QList<QByteArray> environment;
     for (char **entry = environ; entry && *entry; ++entry) {
         const QByteArray variable(*entry);
         const QByteArray name = variable.left(variable.indexOf('='));
@@ -42,101 +40,11 @@ std::vector<QByteArray> workerEnvironment(const QStringList &whiteList,
             = std::any_of(settings.begin(), settings.end(),
                           [&](const auto &setting) { return setting.first == name; });
         if (!replaced)
-            environment.push_back(variable);
+            environment.append(variable);
     }
     for (const auto &[name, value] : settings)
-        environment.push_back(name + '=' + value);
+        environment.append(name + '=' + value);
     return environment;
-}
-
-// Starts the script as its own executable with two pipes, in its own folder. Returns the child's
-// id and our ends of its standard input and output; failure to start stops the program.
-pid_t spawnWorker(const QString &launchPath, const std::vector<QByteArray> &environment,
-                  int *writeFd, int *readFd)
-{
-    int input[2];
-    int output[2];
-    // Close-on-exec, so that no other child of ours holds the worker's pipes open.
-    if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0)
-        qFatal("Could not create the pipes of %s", qPrintable(launchPath));
-
-    const QByteArray path = QFile::encodeName(launchPath);
-    const QByteArray directory = QFile::encodeName(QFileInfo(launchPath).absolutePath());
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addchdir_np(&actions, directory.constData());
-
-    // The worker starts with no blocked signals and a default SIGPIPE, whatever our thread has.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t none;
-    sigemptyset(&none);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-
-    std::vector<char *> envp;
-    for (const QByteArray &variable : environment)
-        envp.push_back(const_cast<char *>(variable.constData()));
-    envp.push_back(nullptr);
-    char *argv[] = {const_cast<char *>(path.constData()), nullptr};
-
-    pid_t pid = -1;
-    const int error = posix_spawn(&pid, path.constData(), &actions, &attributes, argv, envp.data());
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
-    if (error != 0)
-        qFatal("Could not start %s: %s", path.constData(), strerror(error));
-
-    close(input[0]);
-    close(output[1]);
-    *writeFd = input[1];
-    *readFd = output[0];
-    return pid;
-}
-
-// Writes all of data; false when the reader is gone. SIGPIPE is held back on this thread
-// meanwhile and a pending one taken away, so a dead worker can't end the application.
-bool writeWithoutSigpipe(int fd, const QByteArray &data)
-{
-    sigset_t pipeSignal;
-    sigemptyset(&pipeSignal);
-    sigaddset(&pipeSignal, SIGPIPE);
-    sigset_t previous;
-    pthread_sigmask(SIG_BLOCK, &pipeSignal, &previous);
-
-    bool written = true;
-    qsizetype done = 0;
-    while (done < data.size()) {
-        const ssize_t count = write(fd, data.constData() + done, size_t(data.size() - done));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0) {
-            written = false;
-            break;
-        }
-        done += count;
-    }
-    if (!written) {
-        const timespec noWait {0, 0};
-        while (sigtimedwait(&pipeSignal, nullptr, &noWait) == SIGPIPE) { }
-    }
-    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
-    return written;
-}
-
-// A replaced worker exits once its input is closed; reaping it must not hold anyone up.
-void reapInBackground(pid_t pid)
-{
-    std::thread([pid] {
-        while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) { }
-    }).detach();
 }
 
 std::optional<QString> decodeUtf8(const QByteArray &buffer)
@@ -179,13 +87,22 @@ ExifToolProcess::~ExifToolProcess()
     m_reader.join();
     close(m_writeFd);
     close(m_readFd);
-    reapInBackground(m_pid);
+    // A replaced worker exits once its input is closed.
+    ChildProcess::reapInBackground(m_pid);
 }
 
 void ExifToolProcess::launch()
 {
-    m_pid = spawnWorker(m_launchPath, workerEnvironment(m_whiteList, m_rawWhiteList, m_geolocation),
-                        &m_writeFd, &m_readFd);
+    // The script is its own executable, started in its own folder; standard error stays ours.
+    const ChildProcess::Started started
+        = ChildProcess::start(m_launchPath, {}, QFileInfo(m_launchPath).absolutePath(),
+                              ChildProcess::Input::Pipe, ChildProcess::ErrorOutput::Inherited,
+                              workerEnvironment(m_whiteList, m_rawWhiteList, m_geolocation));
+    if (started.launchError != 0)
+        qFatal("Could not start %s: %s", qPrintable(m_launchPath), strerror(started.launchError));
+    m_pid = started.pid;
+    m_writeFd = started.input;
+    m_readFd = started.output;
     m_reader = std::thread([this] { readerLoop(); });
 }
 
@@ -233,7 +150,7 @@ std::optional<QString> ExifToolProcess::obtainStrippedString(const QString &path
 
     QByteArray buffer;
     // A worker that is gone can't be written to; that counts as the end of its output.
-    if (writeWithoutSigpipe(m_writeFd, request)) {
+    if (ChildProcess::writeAll(m_writeFd, request)) {
         std::unique_lock lock(m_mutex);
         m_buffer.clear();
         m_waiting = true;

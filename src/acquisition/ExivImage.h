@@ -19,6 +19,8 @@ public:
     const Exiv2::ExifData &exif() const { return m_image->exifData(); }
     const Exiv2::IptcData &iptc() const { return m_image->iptcData(); }
     const Exiv2::XmpData &xmp() const { return m_image->xmpData(); }
+    // For what the accessors above don't cover, such as the previews inside a RAW file.
+    const Exiv2::Image &image() const { return *m_image; }
 
     int pixelWidth = 0;
     int pixelHeight = 0;

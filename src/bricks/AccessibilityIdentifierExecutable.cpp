@@ -1,9 +1,15 @@
 #include "AccessibilityIdentifierExecutable.h"
 
-#include <QVariant>
+#include "ViewAttachments.h"
 
 void AccessibilityIdentifierExecutable::execute(QWidget *view, Binding *, Assembly *)
 {
     if (view)
-        view->setProperty(property, tag.description());
+        ViewAttachments::of(view).accessibilityIdentifier = tag.description();
+}
+
+QString AccessibilityIdentifierExecutable::identifier(const QWidget *view)
+{
+    const ViewAttachment *attached = ViewAttachments::find(view);
+    return attached ? attached->accessibilityIdentifier : QString();
 }

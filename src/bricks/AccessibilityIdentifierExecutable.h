@@ -12,8 +12,9 @@ public:
     { }
     void execute(QWidget *view, Binding *, Assembly *) override;
 
-    // Qt Widgets have no identifier of their own for assistive tools: a property carries it.
-    static constexpr const char *property = "accessibilityIdentifier";
+    // Qt Widgets have no identifier of their own for assistive tools: the view's attachments
+    // carry it.
+    static QString identifier(const QWidget *view);
 
     const LayoutTag tag;
 };

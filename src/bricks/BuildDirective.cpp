@@ -7,6 +7,7 @@
 #include "CodeBlockDecorator.h"
 #include "LayoutTagManager.h"
 #include "StandardCodeBlockExecutable.h"
+#include "ViewAttachments.h"
 #include "ViewTree.h"
 #include "controls/SingleLineLabel.h"
 #include "walls/ScrollWall.h"
@@ -16,9 +17,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScrollBar>
-
-Q_LOGGING_CATEGORY(lcBricksBuild, "palomet.bricks.build", QtWarningMsg)
 
 BuildDirectiveList::BuildDirectiveList(std::initializer_list<BuildDirectiveList> groups)
 {
@@ -35,15 +33,10 @@ using BindingsByView = QHash<QWidget *, std::shared_ptr<Binding>>;
 void placeContainer(QWidget *parent, QWidget *view)
 {
     if (auto *scroll = qobject_cast<ScrollWall *>(parent)) {
-        auto *clip = qobject_cast<ClipWall *>(view);
-        if (!clip)
+        if (!qobject_cast<ClipWall *>(view))
             qFatal("ScrollView Directive needs to have ClipView Directive as first child");
-        scroll->setFrameShape(QFrame::NoFrame);
-        scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-        scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
         // The clip view is the visible area; the scroll area keeps it flush with its edges.
-        scroll->setViewport(clip);
-        clip->setAutoFillBackground(false);
+        scroll->setContentView(view);
         return;
     }
     if (qobject_cast<ClipWall *>(parent)) {
@@ -52,9 +45,7 @@ void placeContainer(QWidget *parent, QWidget *view)
             qFatal("clip view is not inside of scroll view! ");
         // Left, right and top follow the clip view; the height is the document's own, so it
         // grows downward and scrolls.
-        scroll->setWidgetResizable(true);
-        scroll->setWidget(view);
-        scroll->updateGeometry();
+        scroll->setDocumentView(view);
         return;
     }
     ViewTree::addSubview(parent, view);
@@ -156,7 +147,7 @@ public:
         if (reference.captures)
             reference.captures->capturedViews.insert(reference.key, view);
         view->setObjectName(reference.key);
-        view->setProperty(AccessibilityIdentifierExecutable::property, reference.key);
+        ViewAttachments::of(view).accessibilityIdentifier = reference.key;
         view->setAccessibleName(reference.key);
     }
     const ViewCaptureReference reference;

@@ -2,15 +2,13 @@
 
 // The small interfaces shared by build directives, bindings and code blocks.
 
+#include "BricksLogging.h"
+
 #include <QList>
-#include <QLoggingCategory>
 #include <QPointer>
 #include <QWidget>
 
 #include <memory>
-
-// The trace of a build, one line per step; off unless the category is enabled.
-Q_DECLARE_LOGGING_CATEGORY(lcBricksBuild)
 
 class Assembly;
 

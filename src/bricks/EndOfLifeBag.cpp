@@ -1,12 +1,12 @@
 #include "EndOfLifeBag.h"
 
-#include "commons/Log.h"
+#include "BricksLogging.h"
 
 EndOfLifeBag::~EndOfLifeBag()
 {
     if (!closures)
         return;
-    Log::line(u"disposing of end of life bag");
+    qCDebug(lcBricks) << "disposing of end of life bag";
     for (const auto &closure : *closures)
         closure();
 }

@@ -1,5 +1,7 @@
 #include "LayoutTagManager.h"
 
+#include "ViewAttachments.h"
+
 #include <QWidget>
 
 LayoutTagManager &LayoutTagManager::shared()
@@ -10,25 +12,20 @@ LayoutTagManager &LayoutTagManager::shared()
 
 void LayoutTagManager::addTag(QWidget *view, const LayoutTag &tag)
 {
-    auto it = tagsByView.find(view);
-    if (it == tagsByView.end()) {
-        it = tagsByView.insert(view, {});
-        QObject::connect(view, &QObject::destroyed, view,
-                         [this, view] { tagsByView.remove(view); });
-    }
-    it->append(tag);
+    ViewAttachments::of(view).tags.append(tag);
 }
 
-QList<LayoutTag> LayoutTagManager::layoutTags(QWidget *view) const
+QList<LayoutTag> LayoutTagManager::layoutTags(const QWidget *view) const
 {
-    return tagsByView.value(view);
+    const ViewAttachment *attached = ViewAttachments::find(view);
+    return attached ? attached->tags : QList<LayoutTag>();
 }
 
 QWidget *LayoutTagManager::firstView(const LayoutTag &tag, QWidget *anchored) const
 {
     if (!anchored)
         return nullptr;
-    if (tagsByView.value(anchored).contains(tag))
+    if (layoutTags(anchored).contains(tag))
         return anchored;
     for (QObject *child : anchored->children()) {
         if (auto *widget = qobject_cast<QWidget *>(child)) {

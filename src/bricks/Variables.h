@@ -15,7 +15,9 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <cmath>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -116,33 +118,100 @@ public:
     void setRawValue(int raw) { this->setValue(static_cast<T>(raw)); }
 };
 
+// Converters for the plain stored kinds; a wrongly typed entry has no value. A number stored as
+// text, or a flag stored as a number, is of the wrong type.
+namespace DefaultsConverters {
+inline std::function<std::optional<bool>(const QVariant &)> toBool()
+{
+    return [](const QVariant &v) -> std::optional<bool> {
+        if (v.typeId() != QMetaType::Bool)
+            return std::nullopt;
+        return v.toBool();
+    };
+}
+inline bool isNumber(const QVariant &v)
+{
+    switch (v.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return true;
+    default:
+        return false;
+    }
+}
+inline std::function<std::optional<int>(const QVariant &)> toInt()
+{
+    return [](const QVariant &v) -> std::optional<int> {
+        if (!isNumber(v))
+            return std::nullopt;
+        const double d = v.toDouble();
+        if (d != std::floor(d) || d < std::numeric_limits<int>::min()
+            || d > std::numeric_limits<int>::max())
+            return std::nullopt;
+        return int(d);
+    };
+}
+inline std::function<std::optional<double>(const QVariant &)> toDouble()
+{
+    return [](const QVariant &v) -> std::optional<double> {
+        if (!isNumber(v))
+            return std::nullopt;
+        return v.toDouble();
+    };
+}
+inline std::function<std::optional<QStringList>(const QVariant &)> toStringList()
+{
+    return [](const QVariant &v) -> std::optional<QStringList> {
+        if (v.typeId() == QMetaType::QStringList)
+            return v.toStringList();
+        if (v.typeId() != QMetaType::QVariantList)
+            return std::nullopt;
+        QStringList list;
+        for (const QVariant &item : v.toList()) {
+            if (item.typeId() != QMetaType::QString)
+                return std::nullopt;
+            list.append(item.toString());
+        }
+        return list;
+    };
+}
+} // namespace DefaultsConverters
+
 // A value persisted in the user defaults. Writes go to the store; listeners run only when the
-// store reports the key changed, whoever changed it.
+// store reports the key changed, whoever changed it. A stored value that the converter cannot
+// read (the preferences file was damaged or written by something else) reads as the default
+// that the variable registered: what is on disk never stops the program.
 template<typename T>
 class UserDefaultsVariable
     : public ReadWriteVariableType<T>
     , public std::enable_shared_from_this<UserDefaultsVariable<T>>
 {
 public:
-    using Converter = std::function<T(const QVariant &)>;
+    // Gives no value for a stored object of the wrong type.
+    using Converter = std::function<std::optional<T>(const QVariant &)>;
 
     UserDefaultsVariable(const QString &storageKey, const T &initialValue, Converter converter,
                          UserDefaults &store = UserDefaults::standard())
-        : UserDefaultsVariable(storageKey, std::move(converter), store)
+        : UserDefaultsVariable(storageKey, initialValue, std::move(converter), store,
+                               RegistersLater {})
     {
         defaultValue(initialValue);
         startObserving();
     }
 
     const QString &key() const { return storageKey; }
+    const T &registeredDefault() const { return m_registeredDefault; }
 
     T value() const override
     {
         const QVariant object = store.objectForKey(storageKey);
         if (!object.isValid())
-            qFatal("UserDefaultsVariable: no value stored or registered for \"%s\"",
-                   qPrintable(storageKey));
-        return converter(object);
+            return m_registeredDefault;
+        return converter(object).value_or(m_registeredDefault);
     }
     void setValue(const T &value) override
     {
@@ -161,10 +230,14 @@ public:
 
 protected:
     // For subclasses, which register their own form of the default and then start observing.
-    UserDefaultsVariable(const QString &storageKey, Converter converter, UserDefaults &store)
+    struct RegistersLater
+    { };
+    UserDefaultsVariable(const QString &storageKey, const T &initialValue, Converter converter,
+                         UserDefaults &store, RegistersLater)
         : storageKey(storageKey)
         , converter(std::move(converter))
         , store(store)
+        , m_registeredDefault(initialValue)
     { }
 
     void defaultValue(const T &initialValue)
@@ -187,6 +260,7 @@ protected:
 private:
     // Owned by the variable so that the observation ends when the variable does.
     std::unique_ptr<KVOResponder> internalKVOResponder;
+    const T m_registeredDefault;
 };
 
 // A persisted enumeration, stored as its integer raw value.
@@ -197,22 +271,22 @@ public:
     RawRepresentableUserDefaultsVariable(const QString &storageKey, T initialValue,
                                          std::function<bool(int)> isValidRawValue,
                                          UserDefaults &store = UserDefaults::standard())
-        : UserDefaultsVariable<T>(storageKey, nullptr, store)
+        : UserDefaultsVariable<T>(storageKey, initialValue, nullptr, store,
+                                  typename UserDefaultsVariable<T>::RegistersLater {})
         , m_isValidRawValue(std::move(isValidRawValue))
     {
         this->store.registerDefaults({{storageKey, static_cast<int>(initialValue)}});
         this->startObserving();
     }
 
+    // A raw value that names no case reads as the registered default.
     T value() const override
     {
-        const QVariant object = this->store.objectForKey(this->storageKey);
-        bool ok = false;
-        const int raw = object.typeId() == QMetaType::QString ? 0 : object.toInt(&ok);
-        if (!ok || !m_isValidRawValue(raw))
-            qFatal("RawRepresentableUserDefaultsVariable: \"%s\" holds no valid raw value",
-                   qPrintable(this->storageKey));
-        return static_cast<T>(raw);
+        const std::optional<int> raw
+            = DefaultsConverters::toInt()(this->store.objectForKey(this->storageKey));
+        if (!raw || !m_isValidRawValue(*raw))
+            return this->registeredDefault();
+        return static_cast<T>(*raw);
     }
     void setValue(const T &value) override
     {
@@ -318,7 +392,8 @@ class CodableUserDefaultsVariable : public UserDefaultsVariable<T>
 public:
     CodableUserDefaultsVariable(const QString &storageKey, const T &initialValue, T nilValue,
                                 UserDefaults &store = UserDefaults::standard())
-        : UserDefaultsVariable<T>(storageKey, nullptr, store)
+        : UserDefaultsVariable<T>(storageKey, initialValue, nullptr, store,
+                                  typename UserDefaultsVariable<T>::RegistersLater {})
         , nilValue(std::move(nilValue))
     {
         this->store.registerDefaults({{storageKey, VariablesDetail::encode(initialValue)}});
@@ -347,7 +422,9 @@ public:
     NillableCodableUserDefaultsVariable(const QString &storageKey,
                                         const std::optional<T> &initialValue,
                                         UserDefaults &store = UserDefaults::standard())
-        : UserDefaultsVariable<std::optional<T>>(storageKey, nullptr, store)
+        : UserDefaultsVariable<std::optional<T>>(
+            storageKey, initialValue, nullptr, store,
+            typename UserDefaultsVariable<std::optional<T>>::RegistersLater {})
     {
         this->store.registerDefaults({{storageKey, encodeOptional(initialValue)}});
         this->startObserving();
@@ -462,50 +539,3 @@ private:
     std::function<void(VariableListener<T>)> _addHotListener;
     std::function<void(VariableListener<T>)> _addColdListener;
 };
-
-// Converters for the plain stored kinds; a wrongly typed entry reads as the fallback.
-namespace DefaultsConverters {
-inline std::function<bool(const QVariant &)> toBool(bool fallback)
-{
-    return [fallback](const QVariant &v) {
-        return v.typeId() == QMetaType::Bool ? v.toBool() : fallback;
-    };
-}
-inline std::function<int(const QVariant &)> toInt(int fallback)
-{
-    return [fallback](const QVariant &v) {
-        bool ok = false;
-        const int i = (v.typeId() == QMetaType::QString || v.typeId() == QMetaType::Bool)
-            ? 0
-            : v.toInt(&ok);
-        return ok ? i : fallback;
-    };
-}
-inline std::function<double(const QVariant &)> toDouble(double fallback)
-{
-    return [fallback](const QVariant &v) {
-        bool ok = false;
-        const double d = (v.typeId() == QMetaType::QString || v.typeId() == QMetaType::Bool)
-            ? 0
-            : v.toDouble(&ok);
-        return ok ? d : fallback;
-    };
-}
-inline std::function<QStringList(const QVariant &)> toStringList(QStringList fallback)
-{
-    return [fallback](const QVariant &v) {
-        if (v.typeId() == QMetaType::QStringList)
-            return v.toStringList();
-        if (v.typeId() == QMetaType::QVariantList) {
-            QStringList list;
-            for (const QVariant &item : v.toList()) {
-                if (item.typeId() != QMetaType::QString)
-                    return fallback;
-                list.append(item.toString());
-            }
-            return list;
-        }
-        return fallback;
-    };
-}
-} // namespace DefaultsConverters

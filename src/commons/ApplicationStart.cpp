@@ -7,6 +7,7 @@
 #include "acquisition/SpotlightHelper.h"
 #include "metadata/DataCoordinator.h"
 #include "writing/WriteEngine.h"
+#include "writing/WriteJournal.h"
 
 using namespace Qt::StringLiterals;
 
@@ -44,6 +45,9 @@ void installMetadataReaders()
 
 void installWritePath()
 {
+    // A write that the end of the last run cut off is finished first: its file gets its
+    // recovery copy back before anything reads or writes it.
+    WriteJournal::recoverUnfinishedWrites();
     PendingWriteSink::install(&WriteEngine::shared());
 }
 

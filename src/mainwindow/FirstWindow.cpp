@@ -1,6 +1,7 @@
 #include "FirstWindow.h"
 
-#include "PreviewListModel.h"
+#include "InfoPaneController.h"
+#include "PreviewTableViewController.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 #include "session/StatusLine.h"
@@ -8,55 +9,40 @@
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QHeaderView>
 #include <QLabel>
 #include <QMimeData>
+#include <QSplitter>
 #include <QStatusBar>
-#include <QTableView>
 #include <QTimer>
-#include <QVBoxLayout>
 
 FirstWindow::FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> engine,
                          QWidget *parent)
     : QMainWindow(parent)
     , m_dataModel(dataModel)
     , m_engine(std::move(engine))
-    , m_listModel(std::make_shared<PreviewListModel>(
-          QStringList {QStringLiteral("name"), QStringLiteral("human_readable_size"),
-                       QStringLiteral("modification_date"), QStringLiteral("GPSDataAvailable"),
-                       QStringLiteral("IPTCDataComplete")}))
-    , m_table(new QTableView(this))
+    , m_previewTable(NiblessViewController::make<PreviewTableViewController>(dataModel))
+    , m_infoPane(NiblessViewController::make<InfoPaneController>(dataModel))
     , m_status(new QLabel(this))
 {
     setWindowTitle(tr("Palomet"));
     setAcceptDrops(true);
-    m_table->setModel(m_listModel.get());
-    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_table->verticalHeader()->hide();
-    m_table->horizontalHeader()->setStretchLastSection(true);
-    m_table->setColumnWidth(0, 300);
-    m_table->setColumnWidth(1, 90);
-    m_table->setColumnWidth(2, 180);
-    m_table->setColumnWidth(3, 110);
-    m_table->setAlternatingRowColors(true);
-    m_table->setAcceptDrops(false);
-    setCentralWidget(m_table);
+    auto *split = new QSplitter(Qt::Vertical, this);
+    split->addWidget(m_previewTable->view());
+    split->addWidget(m_infoPane->view());
+    split->setStretchFactor(0, 1);
+    split->setSizes({360, 200});
+    setCentralWidget(split);
     statusBar()->addWidget(m_status, 1);
-    m_engine->addPreviewTable(m_listModel);
-
-    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        QList<NodePtr> selected;
-        for (const QModelIndex &row : m_table->selectionModel()->selectedRows())
-            selected.append(m_listModel->nodes().value(row.row()));
-        m_dataModel.setSelectedNodes(selected);
-    });
+    m_engine->addPreviewTable(m_previewTable->engineConnection());
 
     auto *timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &FirstWindow::refreshStatus);
     timer->start(100);
     refreshStatus();
-    resize(900, 560);
+    resize(1000, 640);
 }
+
+FirstWindow::~FirstWindow() = default;
 
 QString FirstWindow::statusText() const
 {

@@ -6,11 +6,12 @@
 
 class DataModel;
 class OutputEngine;
-class PreviewListModel;
+class InfoPaneController;
+class PreviewTableViewController;
 class QLabel;
-class QTableView;
 
-// A small window over the pipeline: drop files and folders, see the sorted list and its status.
+// A small window over the pipeline: drop files and folders, see the sorted list with the info
+// pane of the selection under it, and the status.
 class FirstWindow : public QMainWindow
 {
     Q_OBJECT
@@ -18,11 +19,13 @@ class FirstWindow : public QMainWindow
 public:
     FirstWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> engine,
                 QWidget *parent = nullptr);
+    ~FirstWindow() override;
 
     // Adds dropped or given paths to the source list, which starts a scan.
     void openPaths(const QStringList &paths);
 
-    PreviewListModel *listModel() const { return m_listModel.get(); }
+    PreviewTableViewController *previewTable() const { return m_previewTable.get(); }
+    InfoPaneController *infoPane() const { return m_infoPane.get(); }
     QString statusText() const;
 
 protected:
@@ -34,7 +37,7 @@ private:
 
     DataModel &m_dataModel;
     std::shared_ptr<OutputEngine> m_engine;
-    std::shared_ptr<PreviewListModel> m_listModel;
-    QTableView *m_table;
+    std::unique_ptr<PreviewTableViewController> m_previewTable;
+    std::unique_ptr<InfoPaneController> m_infoPane;
     QLabel *m_status;
 };

@@ -1,7 +1,11 @@
 #include "FirstWindow.h"
 #include "QtAlertPresenter.h"
 #include "QtClipboardWriter.h"
+#include "commons/AppDescription.h"
 #include "commons/ApplicationStart.h"
+#include "commons/CommonsHuskFacade.h"
+#include "commons/SmartAppDelegate.h"
+#include "commons/SparkleManagerHuskFacade.h"
 #include "session/DataModel.h"
 #include "session/OutputEngine.h"
 #include "writing/ChangeManager.h"
@@ -10,6 +14,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
 
 int main(int argc, char *argv[])
 {
@@ -17,6 +23,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
     QApplication::setOrganizationName(QStringLiteral("palomet"));
+    QApplication::setApplicationVersion(AppDescription::buildVersion());
 
     ApplicationStart::installMetadataReaders();
     ApplicationStart::installWritePath();
@@ -31,6 +38,23 @@ int main(int argc, char *argv[])
     std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
     FirstWindow window(dataModel, engine);
     alerts.setParent(&window);
+
+    // The phases of the run: Help entries and launch counting, then the update checks; the
+    // window's Help menu is built once every part has added its entries.
+    SmartAppDelegate delegate(AppDescription::ofThisBuild());
+    CommonsHuskFacade commons;
+    delegate.willFinishLaunchingCallbackList.append(
+        [&commons](SmartAppDelegate &d, const AppNotification &) {
+            commons.finishInitialization(d);
+        });
+    SparkleManagerHuskFacade updates;
+    updates.finishInitialization(delegate);
+    delegate.didFinishLaunchingCallbackList.append(
+        [&window](SmartAppDelegate &d, const AppNotification &) {
+            QMenu *help = window.menuBar()->addMenu(QCoreApplication::translate("main", "&Help"));
+            d.menuItemManager.fillMenu(
+                help, {SparkleManagerHuskFacade::groupName, MenuItemManager::helpGroup});
+        });
     window.show();
 
     // Each run starts from an empty source list; paths given to the program are what it opens.

@@ -10,6 +10,9 @@ public:
     virtual ~MediaFileMarkers() = default;
     virtual void addMarker(const NodePtr &node) = 0;
     virtual void removeAllMediaFileMarkers() = 0;
+    // Drops the marker of one file, if it has one; the re-read adds it again when the file
+    // still has a complete position.
+    virtual void removeMediaFileMarker(const QString &path) = 0;
 
     static MediaFileMarkers *installed();
     static void install(MediaFileMarkers *markers);

@@ -2,6 +2,8 @@
 
 #include "MetadataStorage.h"
 #include "RetrievalOperations.h"
+#include "map/MediaFileMarkers.h"
+#include "platform/MainQueue.h"
 #include "session/Node.h"
 #include "writing/FileOperationLock.h"
 
@@ -38,12 +40,6 @@ DataCoordinator::ExifToolRetrieval DataCoordinator::exifToolRetrieval() const
 {
     std::lock_guard lock(m_readersMutex);
     return m_exifToolRetrieval;
-}
-
-void DataCoordinator::setMarkersInvalidatedHandler(std::function<void()> handler)
-{
-    std::lock_guard lock(m_readersMutex);
-    m_markersInvalidated = std::move(handler);
 }
 
 std::shared_ptr<Operation> DataCoordinator::makeOperation(const NodePtr &node,
@@ -103,20 +99,55 @@ void DataCoordinator::invalidateData(const NodePtr &node)
 {
     MetadataStorage &storage = MetadataStorage::shared();
     const QString &path = node->absolutePath;
-    for (MetadataSource source : MetadataSources::allCases())
-        storage.store(path, source, QStringLiteral("retrieved"), false);
-    storage.removeAllValues(path);
-    std::function<void()> markersInvalidated;
-    {
-        std::lock_guard lock(m_readersMutex);
-        markersInvalidated = m_markersInvalidated;
+    // What the write may have changed is always read again; of the other readers' sources only
+    // those that had been read: one never asked for stays unread until someone asks.
+    SourceSet sources
+        = sourceBit(MetadataSource::Basic) | sourceBit(MetadataSource::ExifToolGeneric);
+    for (MetadataSource source :
+         {MetadataSource::ImageIO, MetadataSource::AVKit, MetadataSource::Spotlight}) {
+        if (storage.boolValueExistsAndIsTrue(path, QStringLiteral("retrieved"), source))
+            sources |= sourceBit(source);
     }
-    if (markersInvalidated)
-        markersInvalidated();
-    // Every source is read again, the embedded one once per group it serves: the reads are
-    // idempotent, and the write path waits for the lock's release before touching the file.
-    FileOperationLock::shared().beginMetadataRetrieval(path);
-    for (MetadataSource source : MetadataSources::allCases())
-        retrieveInformation(*node, source);
+    bool queueReread = false;
+    {
+        std::lock_guard lock(m_rereadsMutex);
+        const auto queued = m_queuedRereads.find(path);
+        if (queued != m_queuedRereads.end()) {
+            *queued |= sources;
+        } else {
+            m_queuedRereads.insert(path, sources);
+            if (m_outstandingRereads[path]++ == 0)
+                FileOperationLock::shared().beginMetadataRetrieval(path);
+            queueReread = true;
+        }
+    }
+    // With values and markers gone, views wait for the re-read and are told when it is over.
+    storage.removeAllValues(path);
+    // On the main thread the marker goes before the re-read can add it again; from elsewhere
+    // the re-read is queued from there, after the marker has gone.
+    MainQueue::runOrPost([this, node, queueReread] {
+        if (MediaFileMarkers *markers = MediaFileMarkers::installed())
+            markers->removeMediaFileMarker(node->absolutePath);
+        if (!queueReread)
+            return;
+        auto operation = std::make_shared<RereadOperation>(node);
+        operation->setQueuePriority(Operation::High);
+        m_queue.addOperation(std::move(operation));
+    });
+}
+
+DataCoordinator::SourceSet DataCoordinator::rereadStarting(const QString &path)
+{
+    std::lock_guard lock(m_rereadsMutex);
+    return m_queuedRereads.take(path);
+}
+
+void DataCoordinator::rereadFinished(const QString &path)
+{
+    std::lock_guard lock(m_rereadsMutex);
+    const auto outstanding = m_outstandingRereads.find(path);
+    if (outstanding == m_outstandingRereads.end() || --*outstanding > 0)
+        return;
+    m_outstandingRereads.erase(outstanding);
     FileOperationLock::shared().endMetadataRetrieval(path);
 }

@@ -118,3 +118,24 @@ void GetSpotlightInformationOperation::retrieveInformation(const Node &node)
 {
     readWithInstalledReader(node, MetadataSource::Spotlight);
 }
+
+RereadOperation::RereadOperation(NodePtr node)
+    : node(std::move(node))
+{ }
+
+void RereadOperation::main()
+{
+    DataCoordinator &coordinator = DataCoordinator::shared();
+    const QString &path = node->absolutePath;
+    const DataCoordinator::SourceSet sources = coordinator.rereadStarting(path);
+    // Anything stored since the invalidation came from a read that may have seen the file
+    // before it changed.
+    MetadataStorage::shared().removeAllValues(path);
+    for (MetadataSource source :
+         {MetadataSource::Basic, MetadataSource::ExifToolGeneric, MetadataSource::ImageIO,
+          MetadataSource::AVKit, MetadataSource::Spotlight}) {
+        if (sources & DataCoordinator::sourceBit(source))
+            DataCoordinator::retrieveInformation(*node, source);
+    }
+    coordinator.rereadFinished(path);
+}

@@ -61,3 +61,14 @@ public:
     explicit GetSpotlightInformationOperation(NodePtr node);
     static void retrieveInformation(const Node &node);
 };
+
+// The re-read of a file after DataCoordinator::invalidateData: each source that the
+// invalidation chose, once, then the file's release for the next write.
+class RereadOperation final : public Operation
+{
+public:
+    explicit RereadOperation(NodePtr node);
+    void main() override;
+
+    const NodePtr node;
+};

@@ -17,15 +17,15 @@ std::shared_ptr<StraightReadWriteVariable<T>> straight(T value = T())
 std::shared_ptr<UserDefaultsVariable<bool>> persistedBool(const char *key, bool initial,
                                                           UserDefaults &defaults)
 {
-    return std::make_shared<UserDefaultsVariable<bool>>(
-        QString::fromLatin1(key), initial, DefaultsConverters::toBool(initial), defaults);
+    return std::make_shared<UserDefaultsVariable<bool>>(QString::fromLatin1(key), initial,
+                                                        DefaultsConverters::toBool(), defaults);
 }
 
 std::shared_ptr<UserDefaultsVariable<int>> persistedInt(const char *key, int initial,
                                                         UserDefaults &defaults)
 {
-    return std::make_shared<UserDefaultsVariable<int>>(
-        QString::fromLatin1(key), initial, DefaultsConverters::toInt(initial), defaults);
+    return std::make_shared<UserDefaultsVariable<int>>(QString::fromLatin1(key), initial,
+                                                       DefaultsConverters::toInt(), defaults);
 }
 
 } // namespace
@@ -83,7 +83,7 @@ DataModel::DataModel(UserDefaults &defaults)
     , jsonDateFormatMode(persistedInt("jsonDateFormatMode", 1, defaults))
     , infoPaneCategory(persistedInt("infoPaneCategory", 0, defaults))
     , infoPaneHeight(std::make_shared<UserDefaultsVariable<double>>(
-          QStringLiteral("infoPaneHeight"), 200.0, DefaultsConverters::toDouble(200.0), defaults))
+          QStringLiteral("infoPaneHeight"), 200.0, DefaultsConverters::toDouble(), defaults))
     , infoPaneIsCollapsed(persistedBool("infoPaneIsCollapsed", false, defaults))
     , showTagTableView(std::make_shared<StraightVariable<bool>>(false))
     , sourceList(defaults, [this] { waitingForData->setValue(true); })

@@ -6,10 +6,9 @@
 #include "metadata/RetrievalOperations.h"
 #include "metadata/TagManager.h"
 #include "platform/ByteCountFormatter.h"
+#include "platform/DateFormatter.h"
 #include "platform/FileAttributes.h"
 #include "platform/MainQueue.h"
-
-#include <QLocale>
 
 namespace {
 
@@ -38,27 +37,23 @@ QString parentFolderName(const QString &absolutePath)
 
 const QString retrievedKey = QStringLiteral("retrieved");
 
-// The words for the stored GPS availability status.
-DisplayStringWrapper gpsAvailabilityText(const WrappedMetaDataValue &value)
+// The words of the two stored status keys. An integer that names no status, and any other
+// value, is shown as for an ordinary key.
+std::optional<DisplayStringWrapper> dataAvailabilityText(const WrappedMetaDataValue &value)
 {
-    switch (value.kind()) {
-    case WrappedMetaDataValue::Kind::NSInteger:
-        switch (value.integerValue()) {
-        case 0:
-            return DisplayStringWrapper::present(QStringLiteral("none"));
-        case 1:
-            return DisplayStringWrapper::present(QStringLiteral("complete"));
-        case 2:
-            return DisplayStringWrapper::present(QStringLiteral("incomplete"));
-        case 3:
-            return DisplayStringWrapper::present(QStringLiteral("divergent"));
-        default:
-            return DisplayStringWrapper::waiting();
-        }
-    case WrappedMetaDataValue::Kind::None:
-        return DisplayStringWrapper::notPresent();
+    if (value.kind() != WrappedMetaDataValue::Kind::NSInteger)
+        return std::nullopt;
+    switch (value.integerValue()) {
+    case 0:
+        return DisplayStringWrapper::present(QStringLiteral("none"));
+    case 1:
+        return DisplayStringWrapper::present(QStringLiteral("complete"));
+    case 2:
+        return DisplayStringWrapper::present(QStringLiteral("incomplete"));
+    case 3:
+        return DisplayStringWrapper::present(QStringLiteral("divergent"));
     default:
-        return DisplayStringWrapper::waiting();
+        return std::nullopt;
     }
 }
 
@@ -191,8 +186,10 @@ namespace {
 DisplayStringWrapper displayStringOfStoredValue(const QString &key,
                                                 const WrappedMetaDataValue &value)
 {
-    if (key == QLatin1String("GPSDataAvailable"))
-        return gpsAvailabilityText(value);
+    if (key == QLatin1String("GPSDataAvailable") || key == QLatin1String("IPTCDataComplete")) {
+        if (const std::optional<DisplayStringWrapper> status = dataAvailabilityText(value))
+            return *status;
+    }
     switch (value.kind()) {
     case WrappedMetaDataValue::Kind::StringValue:
         return DisplayStringWrapper::present(
@@ -220,7 +217,8 @@ std::optional<DisplayStringWrapper> Node::ownDisplayString(const QString &key) c
     if (key == QLatin1String("absolute_path"))
         return DisplayStringWrapper::present(absolutePath);
     if (key == QLatin1String("full_path_name_length"))
-        return DisplayStringWrapper::present(QString::number(absolutePath.size()));
+        return DisplayStringWrapper::present(
+            QString::number(StringHelpers::characterCount(absolutePath)));
     if (key == QLatin1String("tags")) {
         const std::optional<QString> t = tags();
         return t ? DisplayStringWrapper::present(*t) : DisplayStringWrapper::notPresent();
@@ -235,7 +233,8 @@ std::optional<DisplayStringWrapper> Node::ownDisplayString(const QString &key) c
         return DisplayStringWrapper::present(absoluteParentPath);
     // Spelled this way, the key asks for a length, and only in the display form.
     if (key == QLatin1String("absoluteParentPath"))
-        return DisplayStringWrapper::present(QString::number(absoluteParentPath.size()));
+        return DisplayStringWrapper::present(
+            QString::number(StringHelpers::characterCount(absoluteParentPath)));
     if (key == QLatin1String("relative_path"))
         return DisplayStringWrapper::present(relativePath);
     return std::nullopt;
@@ -305,7 +304,7 @@ WrappedMetaDataValue Node::getWrappedValueSync(const QString &key) const
     if (key == QLatin1String("absolute_path"))
         return WrappedMetaDataValue::string(absolutePath);
     if (key == QLatin1String("full_path_name_length"))
-        return WrappedMetaDataValue::integer(absolutePath.size());
+        return WrappedMetaDataValue::integer(StringHelpers::characterCount(absolutePath));
     if (key == QLatin1String("tags")) {
         const std::optional<QString> t = tags();
         return t ? WrappedMetaDataValue::string(*t) : WrappedMetaDataValue();
@@ -359,13 +358,17 @@ qint64 Node::getIntValueSync(const QString &key) const
 
 void Node::addDataObserver(const std::shared_ptr<DataIsReadyObserver> &observer, const QString &key)
 {
-    const std::optional<MetadataSource> source = sourceForKey(key);
-    if (!source)
-        return;
+    if (const std::optional<MetadataSource> source = sourceForKey(key))
+        addDataObserver(observer, *source);
+}
+
+void Node::addDataObserver(const std::shared_ptr<DataIsReadyObserver> &observer,
+                           MetadataSource source)
+{
     std::lock_guard lock(dataReadyObserverListLock);
     if (!dataReadyObservers)
         dataReadyObservers = std::make_unique<ObserverLists>();
-    (*dataReadyObservers)[size_t(*source)].append({observer});
+    (*dataReadyObservers)[size_t(source)].append({observer});
 }
 
 void Node::remove(const DataIsReadyObserver *observer, MetadataSource source)
@@ -413,10 +416,7 @@ QDateTime Node::distantPast()
 
 QString Node::formatDisplayDate(const QDateTime &date)
 {
-    const QLocale locale;
-    const QDateTime local = date.toLocalTime();
-    return locale.toString(local.date(), QStringLiteral("MMM d, yyyy")) + QStringLiteral(" at ")
-        + locale.toString(local.time(), QLocale::ShortFormat);
+    return DateFormatter::mediumDateShortTime(date);
 }
 
 namespace {

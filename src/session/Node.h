@@ -76,6 +76,11 @@ public:
     qint64 getIntValueSync(const QString &key) const;
 
     void addDataObserver(const std::shared_ptr<DataIsReadyObserver> &observer, const QString &key);
+    // For values outside the catalogue, such as the "XMPPresent" flag, named by their source.
+    void addDataObserver(const std::shared_ptr<DataIsReadyObserver> &observer,
+                         MetadataSource source);
+    // True once the source has been read for this file.
+    bool hasBeenRead(MetadataSource source) const { return sourceHasBeenRead(source); }
     void remove(const DataIsReadyObserver *observer, MetadataSource source);
     // Tells the source's live observers, in the order added, on the main thread.
     void signalDataIsNowReady(MetadataSource source) const;

@@ -22,9 +22,10 @@ public:
     void deleteAll();
     // Takes the rows out in order and puts them back as a block at the target row.
     void move(const QList<int> &rows, int toRow);
+    // Stores the whole list as given, as the preview table does when the user moves a column.
+    void write(const QStringList &list);
 
 protected:
-    void write(const QStringList &list);
     UserDefaults &defaults;
 };
 

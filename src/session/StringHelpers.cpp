@@ -1,5 +1,9 @@
 #include "StringHelpers.h"
 
+#include <QTextBoundaryFinder>
+
+#include <algorithm>
+
 namespace StringHelpers {
 
 namespace {
@@ -66,6 +70,37 @@ QString withEncodedLineBreaksAndTabs(const QString &text)
 QString asCommaSeparatedString(const QStringList &list)
 {
     return list.join(QLatin1String(", "));
+}
+
+qsizetype characterCount(const QString &text)
+{
+    // Below U+0300 every code unit but a carriage return (CR LF is one character) stands alone,
+    // which spares the boundary search for most paths.
+    const bool simple = std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c.unicode() < 0x300 && c != QLatin1Char('\r');
+    });
+    if (simple)
+        return text.size();
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype count = 0;
+    while (finder.toNextBoundary() >= 0)
+        ++count;
+    return count;
+}
+
+QString englishListJoined(const QStringList &items)
+{
+    switch (items.size()) {
+    case 0:
+        return QString();
+    case 1:
+        return items.first();
+    case 2:
+        return items.first() + QLatin1String(" and ") + items.last();
+    default:
+        return items.mid(0, items.size() - 1).join(QLatin1String(", ")) + QLatin1String(", and ")
+            + items.last();
+    }
 }
 
 QString lastPathComponent(const QString &path)

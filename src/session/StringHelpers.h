@@ -14,6 +14,13 @@ QString withEncodedLineBreaksAndTabs(const QString &text);
 
 QString asCommaSeparatedString(const QStringList &list);
 
+// The characters a reader counts: "é" written as e and a combining accent, or an emoji made of
+// several code points, is one.
+qsizetype characterCount(const QString &text);
+
+// "a", "a and b", "a, b, and c".
+QString englishListJoined(const QStringList &items);
+
 // Path pieces as the file system names them, trailing slashes ignored; "/" is its own last
 // component, and the folder of "/a" is "/".
 QString lastPathComponent(const QString &path);

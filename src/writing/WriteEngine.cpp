@@ -2,6 +2,7 @@
 
 #include "FileOperationLock.h"
 #include "WriteOperation.h"
+#include "WriteWorker.h"
 #include "platform/AlertPresenter.h"
 #include "platform/ClipboardWriter.h"
 #include "platform/MainQueue.h"
@@ -246,9 +247,51 @@ void WriteEngine::waitForCompletion()
     }
 }
 
+std::shared_ptr<WriteWorker> WriteEngine::writeWorker()
+{
+    return m_serialQueue.syncValue<std::shared_ptr<WriteWorker>>([this] {
+        if (!m_writeWorker)
+            m_writeWorker = std::make_shared<WriteWorker>();
+        return m_writeWorker;
+    });
+}
+
+bool WriteEngine::hasWriteWorker()
+{
+    return m_serialQueue.syncValue<bool>([this] { return m_writeWorker != nullptr; });
+}
+
+void WriteEngine::setWriteWorkerIdleDelay(std::chrono::milliseconds delay)
+{
+    m_serialQueue.async([this, delay] { m_writeWorkerIdleDelay = delay; });
+}
+
+// On the main thread, after a batch: a worker that no batch has needed for the idle delay is
+// let go, and exits once its input is closed.
+void WriteEngine::scheduleWorkerRelease()
+{
+    const int delayMs
+        = m_serialQueue.syncValue<int>([this] { return int(m_writeWorkerIdleDelay.count()); });
+    if (!m_workerReleaseTimer) {
+        m_workerReleaseTimer = new QTimer;
+        m_workerReleaseTimer->setSingleShot(true);
+        std::weak_ptr<WriteEngine> weakEngine = weak_from_this();
+        QObject::connect(m_workerReleaseTimer, &QTimer::timeout, m_workerReleaseTimer,
+                         [weakEngine] {
+                             if (std::shared_ptr<WriteEngine> engine = weakEngine.lock())
+                                 engine->m_serialQueue.async([engine] {
+                                     if (!engine->m_isOperationRunning)
+                                         engine->m_writeWorker.reset();
+                                 });
+                         });
+    }
+    m_workerReleaseTimer->start(delayMs);
+}
+
 void WriteEngine::operationFinished(const std::shared_ptr<WriteOperation> &operation)
 {
     Q_UNUSED(operation);
+    scheduleWorkerRelease();
     std::weak_ptr<WriteEngine> weakEngine = weak_from_this();
     MainQueue::post([weakEngine] {
         if (std::shared_ptr<WriteEngine> engine = weakEngine.lock())

@@ -14,10 +14,12 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <memory>
 
 class QTimer;
 class WriteOperation;
+class WriteWorker;
 
 enum class WriteMode : int { immediate = 0, batched = 1 };
 
@@ -62,6 +64,13 @@ public:
     // Called by a WriteOperation, on the main thread, after all of its per-file results.
     void operationFinished(const std::shared_ptr<WriteOperation> &operation);
 
+    // The long-running write worker that the batches share: started on the first write, kept
+    // while writes come and let go once none has come for the idle delay. Any thread.
+    std::shared_ptr<WriteWorker> writeWorker();
+    // Whether a worker is kept now.
+    bool hasWriteWorker();
+    void setWriteWorkerIdleDelay(std::chrono::milliseconds delay);
+
     // Set to true at the end of every batch, failures or not; listeners run on the main thread.
     StraightVariable<bool> &writeCompletePublisher() { return m_writeCompletePublisher; }
 
@@ -83,6 +92,7 @@ private:
     void consolidatePendingWritesIntoPool();
     void startNextOperationIfNeeded();
     void scheduleRetry();
+    void scheduleWorkerRelease();
 
     OperationQueue m_operationQueue;
     SerialQueue m_serialQueue;
@@ -97,8 +107,11 @@ private:
     const WriteMode m_writeMode = WriteMode::immediate;
     const int m_debounceDelayMs = 300;
     QList<FailedPath> m_failedPaths;
+    std::shared_ptr<WriteWorker> m_writeWorker;
+    std::chrono::milliseconds m_writeWorkerIdleDelay = std::chrono::minutes(1);
 
     // Main thread only.
     QTimer *m_flushTimer = nullptr;
+    QTimer *m_workerReleaseTimer = nullptr;
     StraightVariable<bool> m_writeCompletePublisher {false};
 };

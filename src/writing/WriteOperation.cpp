@@ -2,6 +2,7 @@
 
 #include "ExifWriteManager.h"
 #include "WriteEngine.h"
+#include "WriteWorker.h"
 #include "metadata/DataCoordinator.h"
 #include "platform/MainQueue.h"
 
@@ -27,6 +28,11 @@ std::optional<QString> WriteOperation::currentFilePath() const
 
 void WriteOperation::main()
 {
+    // The engine's long-running worker serves the whole batch; without an engine each file gets
+    // a worker of its own.
+    std::shared_ptr<WriteWorker> worker;
+    if (std::shared_ptr<WriteEngine> engine = m_engine.lock())
+        worker = engine->writeWorker();
     for (int index = 0; index < m_consolidatedWrites.size(); ++index) {
         if (isCancelled())
             break;
@@ -37,8 +43,11 @@ void WriteOperation::main()
             m_currentFilePath = write.filePath;
         }
         std::optional<QString> errorMessage;
-        const bool success = ExifWriteManager::shared().setTagsOfFile(
-            write.filePath, write.allTagValuePairs, errorMessage);
+        const bool success = worker
+            ? ExifWriteManager::shared().setTagsOfFile(write.filePath, write.allTagValuePairs,
+                                                       errorMessage, *worker)
+            : ExifWriteManager::shared().setTagsOfFile(write.filePath, write.allTagValuePairs,
+                                                       errorMessage);
         reportResult(write, success, errorMessage, m_engine);
     }
 

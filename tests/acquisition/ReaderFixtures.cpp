@@ -1,11 +1,11 @@
 #include "ReaderFixtures.h"
 
+#include "TestSupport.h"
 #include "platform/Resources.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QTemporaryFile>
 #include <QtEndian>
 
 #include <taglib/commentsframe.h>
@@ -16,7 +16,6 @@
 #include <taglib/wavfile.h>
 
 #include <cstdio>
-#include <unistd.h>
 
 namespace ReaderFixtures {
 
@@ -254,18 +253,9 @@ QDateTime dateOf(const ExtractedValues &values, const QString &key)
 
 QString captureStandardError(const std::function<void()> &function)
 {
-    std::fflush(stderr);
-    QTemporaryFile capture;
-    if (!capture.open())
-        return QStringLiteral("(could not capture standard error)");
-    const int saved = ::dup(STDERR_FILENO);
-    ::dup2(capture.handle(), STDERR_FILENO);
+    const TestSupport::StandardErrorCapture capture;
     function();
-    std::fflush(stderr);
-    ::dup2(saved, STDERR_FILENO);
-    ::close(saved);
-    capture.seek(0);
-    return QString::fromUtf8(capture.readAll());
+    return capture.text();
 }
 
 } // namespace ReaderFixtures

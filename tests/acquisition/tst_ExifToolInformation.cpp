@@ -1,6 +1,7 @@
 #include "commons/ApplicationStart.h"
 #include "map/MediaFileMarkers.h"
 #include "metadata/DataCoordinator.h"
+#include "session/FileScanner.h"
 #include "session/Node.h"
 
 #include "Fixtures.h"
@@ -17,6 +18,10 @@ class RecordingMarkers : public MediaFileMarkers
 public:
     void addMarker(const NodePtr &node) override { paths << node->name; }
     void removeAllMediaFileMarkers() override { paths.clear(); }
+    void removeMediaFileMarker(const QString &path) override
+    {
+        paths.removeAll(path.section(u'/', -1));
+    }
     QStringList paths;
 };
 } // namespace
@@ -30,6 +35,7 @@ private slots:
     void cleanupTestCase() { MediaFileMarkers::install(nullptr); }
     void statusesOfRealFiles_data();
     void statusesOfRealFiles();
+    void unreadableItemsOfAScannedFolder();
 
 private:
     QTemporaryDir m_dir;
@@ -69,6 +75,15 @@ void tst_ExifToolInformation::statusesOfRealFiles_data()
     QTest::newRow("movie with a position")
         << u"mp4"_s << QStringList {u"-Keys:GPSCoordinates=48.8584, 2.2945, 0"_s} << u"complete"_s
         << 0 << true;
+    // The XMP copy stands in where there is no legacy one: statuses and markers see it.
+    const QStringList xmpGps {u"-XMP-exif:GPSLatitude=-33.86"_s, u"-XMP-exif:GPSLongitude=151.2"_s};
+    const QStringList xmpLocation {u"-XMP-photoshop:City=Sydney"_s, u"-XMP-photoshop:State=NSW"_s,
+                                   u"-XMP-photoshop:Country=Australia"_s};
+    QTest::newRow("XMP position and location only")
+        << u"jpg"_s << xmpGps + xmpLocation << u"complete"_s << 1 << true;
+    QTest::newRow("movie with an XMP position only")
+        << u"mp4"_s << xmpGps << u"complete"_s << 0 << true;
+    QTest::newRow("GIF with XMP") << u"gif"_s << xmpGps + xmpLocation << u"complete"_s << 1 << true;
 }
 
 void tst_ExifToolInformation::statusesOfRealFiles()
@@ -83,6 +98,8 @@ void tst_ExifToolInformation::statusesOfRealFiles()
         path = Fixtures::makeVideo(m_dir.path(), name);
         if (!arguments.isEmpty())
             QVERIFY(Fixtures::writeTags(path, arguments));
+    } else if (kind == QLatin1String("gif")) {
+        path = Fixtures::makeGif(m_dir.path(), name, arguments);
     } else {
         path = Fixtures::makeJpeg(m_dir.path(), name, arguments);
     }
@@ -102,6 +119,39 @@ void tst_ExifToolInformation::statusesOfRealFiles()
     QTEST(int(node->getIntValueSync(u"IPTCDataComplete"_s)), "iptcStatus");
     QFETCH(bool, marker);
     QCOMPARE(m_markers.paths.contains(name), marker);
+}
+
+void tst_ExifToolInformation::unreadableItemsOfAScannedFolder()
+{
+    // A pipe, socket or device named like a photo stays an item of the list; reading it never
+    // blocks the reads behind it. Its metadata is missing and marked as read.
+    QTemporaryDir folder;
+    const QMap<QString, QString> unreadable
+        = Fixtures::makeUnreadableFiles(folder.path(), u"a"_s, u"jpg"_s);
+    QVERIFY(!unreadable.isEmpty());
+    Fixtures::makeJpeg(folder.path(), u"z-readable.jpg"_s,
+                       {u"-GPSLatitude=1.5"_s, u"-GPSLatitudeRef=N"_s, u"-GPSLongitude=2.5"_s,
+                        u"-GPSLongitudeRef=E"_s});
+    FileScanner scanner;
+    scanner.scanSource(folder.path());
+    const QList<NodePtr> &items = scanner.flatFileList.files;
+    QCOMPARE(items.size(), unreadable.size() + 1);
+    for (const NodePtr &node : items) {
+        QVERIFY2(
+            TestSupport::waitUntil(
+                [&] { return node->getDisplayString(u"GPSDataAvailable"_s).isPresent(); }, 20000),
+            qPrintable(node->name));
+        const bool readable = node->name == u"z-readable.jpg"_s;
+        QCOMPARE(node->getDisplayString(u"GPSDataAvailable"_s).text(),
+                 readable ? u"complete"_s : u"none"_s);
+        // The search-index reader answers too, with nothing from the content.
+        QVERIFY(TestSupport::waitUntil([&] {
+            return node->getDisplayString(u"headline"_s).kind()
+                != DisplayStringWrapper::Kind::Waiting;
+        }));
+        QCOMPARE(node->getDisplayString(u"headline"_s).kind(),
+                 DisplayStringWrapper::Kind::NotPresent);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_ExifToolInformation)

@@ -98,6 +98,31 @@ void tst_ExtractWorker::initTestCase()
                              southWest
                                  + QStringList {u"-XMP-exif:GPSLatitude=-33.8688"_s,
                                                 u"-XMP-exif:GPSLongitude=-70.6693"_s});
+    m_files[u"iptc-city-xmp-state"_s] = Fixtures::makeJpeg(
+        dir, u"iptc-city-xmp-state.jpg"_s,
+        {u"-IPTC:City=Lyon"_s, u"-XMP-photoshop:City=Lille"_s, u"-XMP-photoshop:State=Rhône"_s,
+         u"-XMP-exif:GPSAltitude=120"_s, u"-GPSLatitude=45.76"_s, u"-GPSLatitudeRef=N"_s});
+    m_files[u"gif-xmp"_s] = QDir(dir).filePath(u"xmp.gif"_s);
+    QVERIFY(
+        Fixtures::run(u"convert"_s, {u"-size"_s, u"8x8"_s, u"xc:red"_s, m_files[u"gif-xmp"_s]}));
+    QVERIFY(Fixtures::writeTags(m_files[u"gif-xmp"_s],
+                                {u"-XMP-photoshop:City=Zürich"_s, u"-XMP-exif:GPSLatitude=47.37"_s,
+                                 u"-XMP-exif:GPSLongitude=-8.54"_s}));
+    m_files[u"mov-xmp"_s] = Fixtures::makeVideo(dir, u"xmp.mov"_s);
+    QVERIFY(Fixtures::writeTags(
+        m_files[u"mov-xmp"_s],
+        {u"-XMP-exif:GPSLatitude=-33.8688"_s, u"-XMP-exif:GPSLongitude=151.2093"_s}));
+    // An SVG carries its XMP packet inline, in its metadata element.
+    m_files[u"svg-xmp"_s] = Fixtures::makeFile(
+        dir, u"inline.svg"_s,
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" height=\"8\"><metadata>"
+        "<rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" "
+        "xmlns:dc=\"http://purl.org/dc/elements/1.1/\"><rdf:Description><dc:title>Map"
+        "</dc:title></rdf:Description></rdf:RDF></metadata></svg>\n");
+    m_files[u"svg"_s] = Fixtures::makeFile(
+        dir, u"plain.svg"_s,
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"8\" height=\"8\"><title>Map"
+        "</title></svg>\n");
     m_files[u"mp4"_s] = Fixtures::makeVideo(dir, u"location.mp4"_s);
     Fixtures::writeTags(m_files[u"mp4"_s], {u"-UserData:GPSCoordinates=-33.8688, -70.6693"_s});
     m_files[u"mov"_s] = Fixtures::makeVideo(dir, u"location.mov"_s);
@@ -120,6 +145,10 @@ void tst_ExtractWorker::initTestCase()
     QVERIFY(QDir(dir).mkdir(u"folder.jpg"_s));
     m_files[u"folder"_s] = QDir(dir).filePath(u"folder.jpg"_s);
     m_files[u"missing"_s] = QDir(dir).filePath(u"missing.jpg"_s);
+    const QMap<QString, QString> unreadable
+        = Fixtures::makeUnreadableFiles(dir, u"unreadable"_s, u"jpg"_s);
+    for (auto file = unreadable.cbegin(); file != unreadable.cend(); ++file)
+        m_files[file.key()] = file.value();
 
     m_worker = std::make_unique<ExifToolProcess>(
         applicationWhiteList(), ExifToolHelper::sharedInstance().rawWhiteList(), true);
@@ -159,11 +188,29 @@ void tst_ExtractWorker::keys_data()
         << u"iptc"_s
         << expect("City=Lyon|Province-State=Rhône|Sub-location=Vieux Lyon|Country=France|"
                   "!XMPCity|!XMPPresent|!CityDivergent|!GPSLatitude#");
+    // Without a legacy copy, the XMP copy answers for the plain names, in the legacy form.
     QTest::newRow("XMP only")
         << u"xmp-only"_s
         << expect("XMPCity=Nice|XMPState=Provence|XMPCountry=France|XMPLocation=Le Port|"
-                  "XMPGPSLatitude#=-43.7|XMPGPSLongitude#=-7.26|XMPPresent=1|!City|"
-                  "!Country|!GPSLatitude#|!GPSLatitudeRef|!GPSDivergent|!CityDivergent");
+                  "XMPGPSLatitude#=-43.7|XMPGPSLongitude#=-7.26|XMPPresent=1|City=Nice|"
+                  "Province-State=Provence|Country=France|Sub-location=Le Port|"
+                  "GPSLatitude#=43.7|GPSLatitudeRef=South|GPSLongitude#=7.26|"
+                  "GPSLongitudeRef=West|GPSLatitude=43 deg 42' 0.00\"|!GPSDivergent|"
+                  "!CityDivergent");
+    QTest::newRow("each field stands in on its own")
+        << u"iptc-city-xmp-state"_s
+        << expect("City=Lyon|CityDivergent=1|Province-State=Rhône|GPSLatitude#=45.76|"
+                  "!GPSLongitude#|!GPSLongitudeRef|GPSAltitude#=120|GPSAltitude=120 m");
+    QTest::newRow("GIF with XMP")
+        << u"gif-xmp"_s
+        << expect("City=Zürich|GPSLatitude#=47.37|GPSLatitudeRef=North|GPSLongitude#=8.54|"
+                  "GPSLongitudeRef=West|XMPPresent=1");
+    QTest::newRow("MOV with an XMP position only, signed")
+        << u"mov-xmp"_s
+        << expect("GPSLatitude#=-33.8688|GPSLongitude#=151.2093|!GPSLatitudeRef|"
+                  "GPSLatitude=33 deg 52' 7.68\" S|XMPPresent=1");
+    QTest::newRow("SVG with an inline XMP packet") << u"svg-xmp"_s << expect("XMPPresent=1");
+    QTest::newRow("SVG without XMP") << u"svg"_s << expect("!XMPPresent");
     QTest::newRow("IPTC and XMP disagree")
         << u"iptc-xmp-disagree"_s
         << expect("City=Lyon|XMPCity=Lille|CityDivergent=1|!StateDivergent|"
@@ -238,6 +285,11 @@ void tst_ExtractWorker::badFilesGetCompleteAnswers_data()
     QTest::newRow("corrupt JPEG") << u"corrupt"_s;
     QTest::newRow("folder with an image extension") << u"folder"_s;
     QTest::newRow("missing file") << u"missing"_s;
+    // Never opened: each would block the worker, and every read behind it, or fail mid-read.
+    QTest::newRow("named pipe") << u"named pipe"_s;
+    QTest::newRow("socket") << u"socket"_s;
+    QTest::newRow("device") << u"device"_s;
+    QTest::newRow("read error") << u"read error"_s;
 }
 
 void tst_ExtractWorker::badFilesGetCompleteAnswers()

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPointer>
 #include <QTest>
 #include <QToolButton>
 
@@ -53,10 +54,12 @@ class tst_Bricks : public QObject
 
 private slots:
     void checkBoxFollowsTheVariableBothWays();
+    void bindingLivesAsLongAsItsControl();
     void secondActivateAddsASecondListener();
     void unbindSilencesBothDirections();
     void typingWritesEachKeystrokeAndKeepsTheReturnAction();
     void integerFieldTakesNumbers();
+    void fieldDrawsItsRoundedBorder();
     void popUpBindsEnumerationsByRawValue();
     void segmentsAndRadioChoices();
     void fakeComboBoxMenuWithSections();
@@ -84,6 +87,34 @@ void tst_Bricks::checkBoxFollowsTheVariableBothWays()
     QVERIFY(box->isChecked());
     QCOMPARE(writes, 2); // the programmatic set did not echo
     delete assembly->view();
+}
+
+// Controllers keep the widgets of a build and drop its assembly: the bindings go on working.
+void tst_Bricks::bindingLivesAsLongAsItsControl()
+{
+    auto flag = std::make_shared<StraightVariable<bool>>(false);
+    auto status = std::make_shared<StraightVariable<QString>>("Ready");
+    auto assembly
+        = build({B::Wall {B::CheckBox("Remember", flag), B::DynamicSingleLineLabel(status)}});
+    assembly->activate();
+    layOut(assembly);
+    QPointer<QWidget> root = assembly->view();
+    auto *box = only<CheckBoxBrick>(assembly);
+    auto *label = only<SingleLineLabel>(assembly);
+    assembly.reset();
+
+    flag->setValue(true);
+    QVERIFY(box->isChecked());
+    status->setValue("Reading");
+    QCOMPARE(label->stringValue(), QStringLiteral("Reading"));
+    QTest::mouseClick(box, Qt::LeftButton);
+    QCOMPARE(flag->value(), false);
+
+    // Once the controls are gone, their listeners stay in the variables and do nothing.
+    delete root;
+    flag->setValue(true);
+    status->setValue("Done");
+    QCOMPARE(flag->value(), true);
 }
 
 void tst_Bricks::secondActivateAddsASecondListener()
@@ -147,10 +178,46 @@ void tst_Bricks::integerFieldTakesNumbers()
     assembly->activate();
     auto *field = qobject_cast<IntegerTextField *>(assembly->view());
     QCOMPARE(field->text(), QStringLiteral("5"));
-    field->clear();
+    field->selectAll();
+    QTest::keyClick(field, Qt::Key_Backspace);
+    QCOMPARE(number->value(), 0); // an empty field is 0
     QTest::keyClicks(field, "4x2");
     QCOMPARE(number->value(), 42); // the letter was refused by the field
+    field->setText("-"); // not a number yet: the variable keeps its value
+    QTest::keyClick(field, Qt::Key_Return);
+    QCOMPARE(number->value(), 42);
     delete field;
+}
+
+// The editors' fields draw a rounded border of one point in the colour they are given, and
+// nothing of the field's square background outside it.
+void tst_Bricks::fieldDrawsItsRoundedBorder()
+{
+    QWidget window;
+    window.setAutoFillBackground(true);
+    QPalette palette = window.palette();
+    palette.setColor(QPalette::Window, QColor(200, 10, 10));
+    window.setPalette(palette);
+    auto *field = new SmartTextField(&window);
+    field->setGeometry(10, 10, 120, 24);
+    const QColor blue(10, 90, 250);
+    field->layerBorderColor = blue;
+    field->layerBorderWidth = 1;
+    field->layerCornerRadius = 5;
+    const QImage image = window.grab(QRect(10, 10, 120, 24)).toImage();
+    QCOMPARE(image.pixelColor(0, 12), blue); // the middle of the left side
+    QCOMPARE(image.pixelColor(60, 23), blue); // the middle of the bottom
+    QCOMPARE(image.pixelColor(0, 0), QColor(200, 10, 10)); // the corner is rounded off
+    QVERIFY(image.pixelColor(60, 12) != QColor(200, 10, 10)); // the field's own background
+
+    // The editors' rule: blue while something is selected to edit, grey otherwise.
+    for (const bool selection : {true, false}) {
+        field->setBorderForSelection(selection);
+        const QColor expected = selection ? SmartTextField::borderBlueColor(field->palette())
+                                          : SmartTextField::systemGrayColor(field->palette());
+        QCOMPARE(window.grab(QRect(10, 10, 120, 24)).toImage().pixelColor(0, 12), expected);
+        QCOMPARE(field->layerCornerRadius, 5.0);
+    }
 }
 
 void tst_Bricks::popUpBindsEnumerationsByRawValue()

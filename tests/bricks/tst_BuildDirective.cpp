@@ -1,6 +1,9 @@
+#include "bricks/AccessibilityIdentifierExecutable.h"
 #include "bricks/Assembly.h"
 #include "bricks/BuildDirective.h"
 #include "bricks/LayoutTagManager.h"
+#include "bricks/ViewTree.h"
+#include "bricks/validation/BricksLayoutValidator.h"
 #include "bricks/walls/ScrollWall.h"
 #include "bricks/walls/Wall.h"
 #include "bricks/walls/WallDirectives.h"
@@ -9,12 +12,15 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTableWidget>
 #include <QTest>
 
 #include "TestSupport.h"
 
 using namespace Qt::StringLiterals;
 namespace B = BuildDirectivesNamespace;
+using namespace LayoutRecipeNamespace;
+using D = SmartLayoutDirectionsType;
 
 namespace {
 
@@ -74,6 +80,8 @@ private slots:
     void activateRunsPrepareOnceButBindsEveryTime();
     void buildPhaseBlocksRunDuringBuildWithoutAssembly();
     void captureStoresAndNamesTheView();
+    void embeddedWidgetStandsAsALeaf();
+    void scrollAndClipPlaceTheDocument_data();
     void scrollAndClipPlaceTheDocument();
     void fatalStops_data();
     void fatalStops();
@@ -158,7 +166,7 @@ void tst_BuildDirective::activateRunsPrepareOnceButBindsEveryTime()
     // A tag's accessibility identifier waits for a phase that never comes.
     auto tagged = build({Probe("t").tag(LayoutTag("named"))});
     tagged->activate();
-    QVERIFY(!tagged->view()->property("accessibilityIdentifier").isValid());
+    QVERIFY(AccessibilityIdentifierExecutable::identifier(tagged->view()).isEmpty());
     QCOMPARE(tagged->view()->objectName(), QStringLiteral("named"));
     delete tagged->view();
     delete assembly->view();
@@ -189,14 +197,56 @@ void tst_BuildDirective::captureStoresAndNamesTheView()
     QVERIFY(captured);
     QCOMPARE(captured->objectName(), QStringLiteral("field"));
     QCOMPARE(captured->accessibleName(), QStringLiteral("field"));
-    QCOMPARE(captured->property("accessibilityIdentifier").toString(), QStringLiteral("field"));
+    QCOMPARE(AccessibilityIdentifierExecutable::identifier(captured), QStringLiteral("field"));
     delete assembly->view();
+}
+
+// A table made elsewhere takes its place in a wall's constraints and fills what they give it;
+// the validator leaves its insides alone.
+void tst_BuildDirective::embeddedWidgetStandsAsALeaf()
+{
+    const LayoutTag caption("caption"), list("list");
+    auto *table = new QTableWidget(30, 3);
+    auto assembly
+        = build({B::Wall {Probe("Items").tag(caption), B::EmbeddedControl(table).tag(list)}.layout(
+            {pin(caption, D::left, 8), pin(caption, D::top, 8), below(list, caption, 4),
+             pin(list, D::left), pin(list, D::right), pin(list, D::bottom)})});
+    assembly->activate();
+    QWidget *root = assembly->view();
+    root->resize(400, 300);
+    ViewTree::layoutSubtreeIfNeeded(root);
+    const QWidget *label = root->findChild<QLabel *>("caption");
+    QCOMPARE(table->parentWidget(), root);
+    QCOMPARE(table->geometry(),
+             QRect(0, label->geometry().bottom() + 1 + 4, 400, 300 - label->height() - 12));
+    for (const BricksLayoutValidator::Issue &issue :
+         BricksLayoutValidator::validate(root, BricksLayoutValidator::Phase::both))
+        QVERIFY2(!issue.viewPath.contains(u"QTableWidget/"), qPrintable(issue.viewPath));
+
+    // Built again, the description moves the widget to its new place.
+    auto again = build({B::Wall {B::EmbeddedControl(table)}});
+    QCOMPARE(table->parentWidget(), again->view());
+    QVERIFY(!root->findChild<QTableWidget *>());
+    delete root;
+    delete again->view();
+}
+
+void tst_BuildDirective::scrollAndClipPlaceTheDocument_data()
+{
+    QTest::addColumn<int>("height");
+    QTest::newRow("taller than the visible area") << 600;
+    QTest::newRow("shorter than the visible area") << 50;
 }
 
 void tst_BuildDirective::scrollAndClipPlaceTheDocument()
 {
+    QFETCH(int, height);
+    const LayoutTag content("content");
     auto assembly = build({B::ScrollView {
-        B::ClipView {B::Wall {Probe("doc")}.height(600).tag(LayoutTag("document"))}}});
+        B::ClipView {B::Wall {B::WallWithIntrinsicSize(QSize(100, height)).tag(content)}
+                         .layout(LayoutRecipeNamespace::pinEdges(content))
+                         .tag(LayoutTag("document"))}}});
+    assembly->activate();
     auto *scroll = qobject_cast<ScrollWall *>(assembly->view());
     QVERIFY(scroll);
     QVERIFY(qobject_cast<ClipWall *>(scroll->viewport()));
@@ -206,12 +256,14 @@ void tst_BuildDirective::scrollAndClipPlaceTheDocument()
     scroll->resize(300, 200);
     scroll->show();
     QVERIFY(QTest::qWaitForWindowExposed(scroll));
-    // Flush with the top and sides, and free at the bottom: taller than the visible area.
+    // Flush with the top and sides, and free at the bottom: the document keeps its own height
+    // and scrolls vertically only when it is taller than the visible area.
     QCOMPARE(document->x(), 0);
     QCOMPARE(document->y(), 0);
     QCOMPARE(document->width(), scroll->viewport()->width());
-    QCOMPARE(document->height(), 600);
-    QVERIFY(scroll->verticalScrollBar()->maximum() > 0);
+    QCOMPARE(document->height(), height);
+    QCOMPARE(scroll->verticalScrollBar()->maximum() > 0, height > 200);
+    QCOMPARE(scroll->horizontalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
     delete scroll;
 }
 
@@ -229,6 +281,8 @@ void tst_BuildDirective::fatalStops_data()
     QTest::newRow("neither leaf nor container")
         << u"shapeless"_s
         << u"cannot build view because directive is neither leaf nor container creating"_s;
+    QTest::newRow("embedded widget gone")
+        << u"embeddedGone"_s << u"EmbeddedControl: the widget to embed no longer exists"_s;
 }
 
 // Each scenario runs in a child process of this test, which must stop with the message.
@@ -251,6 +305,11 @@ static int runFatalScenario(const QString &scenario)
         build({B::Wall {B::ClipView {B::Wall {}}}});
     else if (scenario == "shapeless")
         build({B::Wall {Shapeless()}});
+    else if (scenario == "embeddedGone") {
+        const B::EmbeddedControl embedded(new QWidget);
+        delete embedded.embeddedControl.data();
+        build({B::Wall {embedded}});
+    }
     return 0;
 }
 

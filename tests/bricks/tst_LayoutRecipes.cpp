@@ -73,8 +73,6 @@ class tst_LayoutRecipes : public QObject
     Q_OBJECT
 
 private slots:
-    void pinnedChildFollowsResize();
-    void rowOfLabelAndField();
     void intrinsicSizeHugsAndResists();
     void sizeHintOfAWallFitsItsContent();
     void sameFlushLeftRelatesEachToTheFirst();
@@ -84,46 +82,11 @@ private slots:
     void conflictingRequiredConstraintIsBroken();
     void guidesTakePartInTheLayout();
     void lowerPriorityGivesWay();
+    void constraintsAcrossWallsHold_data();
+    void constraintsAcrossWallsHold();
     void fatalStops_data();
     void fatalStops();
 };
-
-void tst_LayoutRecipes::pinnedChildFollowsResize()
-{
-    const LayoutTag child("child");
-    QWidget *root = built(
-        {B::Wall {B::Wall {}.tag(child)}.layout({pin(child, D::left, 8), pin(child, D::right, 8),
-                                                 pin(child, D::top, 8), pin(child, D::bottom, 8)})},
-        {200, 100});
-    QWidget *inner = root->findChild<Wall *>("child");
-    QCOMPARE(inner->geometry(), QRect(8, 8, 184, 84));
-    relayout(root, {400, 60});
-    QCOMPARE(inner->geometry(), QRect(8, 8, 384, 44));
-    delete root;
-}
-
-void tst_LayoutRecipes::rowOfLabelAndField()
-{
-    const LayoutTag label("label"), field("field");
-    QWidget *root
-        = built({B::Wall {Label("Name:").tag(label), Field().tag(field)}.layout(
-                    {pin(label, D::left, 10), after(field, label, 6), pin(field, D::right, 10),
-                     pin(field, D::top, 4), sameCenterY({field, label})})},
-                {300, 40});
-    auto *l = root->findChild<QLabel *>();
-    auto *f = root->findChild<QLineEdit *>();
-    QCOMPARE(l->x(), 10);
-    QCOMPARE(l->width(), l->sizeHint().width()); // the label hugs its text
-    QCOMPARE(f->x(), l->geometry().right() + 1 + 6);
-    QCOMPARE(f->geometry().right() + 1, 290);
-    QCOMPARE(f->y(), 4);
-    QCOMPARE(f->height(), f->sizeHint().height());
-    QVERIFY(qAbs(l->geometry().center().y() - f->geometry().center().y()) <= 1);
-    relayout(root, {500, 40});
-    QCOMPARE(f->geometry().right() + 1, 490); // the field takes the extra width
-    QCOMPARE(l->width(), l->sizeHint().width());
-    delete root;
-}
 
 void tst_LayoutRecipes::intrinsicSizeHugsAndResists()
 {
@@ -285,6 +248,75 @@ void tst_LayoutRecipes::lowerPriorityGivesWay()
     delete root;
 }
 
+void tst_LayoutRecipes::constraintsAcrossWallsHold_data()
+{
+    QTest::addColumn<QString>("holder");
+    QTest::newRow("on the wall holding both walls") << u"outer"_s;
+    QTest::newRow("on one of the two walls") << u"inner"_s;
+    QTest::newRow("on a stack of fragments") << u"stack"_s;
+}
+
+// Two rows in walls of their own, their fields aligned on the same left edge: the short
+// caption's field moves right to line up with the long caption's one.
+void tst_LayoutRecipes::constraintsAcrossWallsHold()
+{
+    QFETCH(QString, holder);
+    const LayoutTag row1("row1"), row2("row2"), label1("label1"), label2("label2"),
+        field1("field1"), field2("field2");
+    // The first field is also captured, so that a recipe outside its wall can name it.
+    const ViewCaptureReference firstField {std::make_shared<ViewCaptures>(), u"field1"_s};
+    const auto row = [&](const QString &caption, const LayoutTag &label, const LayoutTag &field) {
+        const Field input = Field().tag(field);
+        return B::Group {Label(caption).tag(label),
+                         field == field1 ? input.capture(firstField) : input};
+    };
+    const LayoutDirectiveList rowLayout1 {pin(label1, D::left, 4),  after(field1, label1, 6),
+                                          pin(field1, D::right, 4), pin(field1, D::top),
+                                          pin(field1, D::bottom),   sameCenterY({label1, field1})};
+    const LayoutDirectiveList rowLayout2 {pin(label2, D::left, 4),  after(field2, label2, 6),
+                                          pin(field2, D::right, 4), pin(field2, D::top),
+                                          pin(field2, D::bottom),   sameCenterY({label2, field2})};
+    const LayoutDirectiveList aligned {sameFlushLeft({field1, field2})};
+    const bool onInner = holder == u"inner";
+    QWidget *root = nullptr;
+    if (holder == u"stack") {
+        root = built(
+            {B::FragmentStack {
+                B::FragmentWall {row("A:", label1, field1)}.layout(rowLayout1),
+                B::FragmentWall {row("Much longer caption:", label2, field2)}.layout(rowLayout2)}
+                 .layout(aligned)},
+            {400, 100});
+    } else {
+        root = built(
+            {B::Wall {
+                B::Wall {row("A:", label1, field1)}.tag(row1).layout(rowLayout1),
+                B::Wall {row("Much longer caption:", label2, field2)}.tag(row2).layout(
+                    onInner ? LayoutDirectiveList {rowLayout2, sameFlushLeft({firstField, field2})}
+                            : rowLayout2)}
+                 .layout({pin(row1, D::left), pin(row1, D::right), pin(row1, D::top),
+                          below(row2, row1), pin(row2, D::left), pin(row2, D::right),
+                          pin(row2, D::bottom), onInner ? LayoutDirectiveList() : aligned})},
+            {400, 100});
+    }
+    auto *first = root->findChild<QLineEdit *>("field1");
+    auto *second = root->findChild<QLineEdit *>("field2");
+    auto *shortCaption = root->findChild<QLabel *>("label1");
+    auto *longCaption = root->findChild<QLabel *>("label2");
+    // The long caption hugs its text; the short one grows to end where it does, and the fields
+    // take the rest of the width, centred on their captions.
+    QCOMPARE(longCaption->width(), longCaption->sizeHint().width());
+    QCOMPARE(shortCaption->x(), 4);
+    QCOMPARE(shortCaption->width(), longCaption->width());
+    QVERIFY(qAbs(shortCaption->geometry().center().y() - first->geometry().center().y()) <= 1);
+    const int left2 = second->mapTo(root, QPoint(0, 0)).x();
+    QCOMPARE(left2, 4 + longCaption->sizeHint().width() + 6);
+    QCOMPARE(first->mapTo(root, QPoint(0, 0)).x(), left2);
+    QCOMPARE(first->mapTo(root, QPoint(first->width(), 0)).x(), 400 - 4);
+    relayout(root, {500, 100});
+    QCOMPARE(first->mapTo(root, QPoint(0, 0)).x(), second->mapTo(root, QPoint(0, 0)).x());
+    delete root;
+}
+
 void tst_LayoutRecipes::fatalStops_data()
 {
     QTest::addColumn<QString>("scenario");
@@ -295,6 +327,11 @@ void tst_LayoutRecipes::fatalStops_data()
     QTest::newRow("block over a guide")
         << u"blockOverGuide"_s
         << u"Block directive requires a view, not a layout guide: Tag 'guide'"_s;
+    QTest::newRow("relation through a grid")
+        << u"throughGrid"_s << u"crosses a GridWall, which places its children itself"_s;
+    QTest::newRow("relation of a stack's own panes")
+        << u"stackPanes"_s
+        << u"cannot hold: it relates only views that a FragmentStackView places itself"_s;
 }
 
 void tst_LayoutRecipes::fatalStops()
@@ -320,6 +357,14 @@ static int runFatalScenario(const QString &scenario)
         QWidget *root = assembly->view();
         LayoutGuide::setTaggedLayoutGuide(root, guideTag, new LayoutGuide(root));
         Block(guideTag, [] { return LayoutDirectiveList(); }).createConstraints(root);
+    } else if (scenario == "throughGrid") {
+        build({B::Wall {B::GridWall {B::GridRow {Label("a").tag(a)}}, Label("b").tag(b)}.layout(
+                  {sameFlushLeft({a, b})})})
+            ->activate();
+    } else if (scenario == "stackPanes") {
+        build({B::FragmentStack {B::FragmentWall {}.tag(a), B::FragmentWall {}.tag(b)}.layout(
+                  {sameWidth(a, b)})})
+            ->activate();
     }
     return 0;
 }

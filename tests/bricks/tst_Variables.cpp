@@ -76,10 +76,10 @@ void tst_Variables::userDefaultsVariableReadsTheStoreAndNotifiesThroughIt()
 {
     UserDefaults &store = UserDefaults::standard();
     store.setObject(17, u"udv.stored"_s);
-    UserDefaultsVariable<int> stored(u"udv.stored"_s, 3, DefaultsConverters::toInt(3));
+    UserDefaultsVariable<int> stored(u"udv.stored"_s, 3, DefaultsConverters::toInt());
     QCOMPARE(stored.value(), 17); // the stored value wins; nothing written at construction
 
-    UserDefaultsVariable<bool> flag(u"udv.flag"_s, true, DefaultsConverters::toBool(true));
+    UserDefaultsVariable<bool> flag(u"udv.flag"_s, true, DefaultsConverters::toBool());
     QCOMPARE(flag.value(), true);
     QVERIFY(!store.filePath().isEmpty());
     QList<bool> seen;
@@ -89,7 +89,7 @@ void tst_Variables::userDefaultsVariableReadsTheStoreAndNotifiesThroughIt()
     // A change made to the key by anyone else notifies too.
     store.setObject(true, u"udv.flag"_s);
     QCOMPARE(seen, (QList<bool> {false, true}));
-    // A wrongly typed entry reads as the converter's fallback.
+    // A wrongly typed entry reads as the registered default.
     store.setObject(u"nonsense"_s, u"udv.flag"_s);
     QCOMPARE(flag.value(), true);
 }

@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QGridLayout>
 #include <QLabel>
+#include <QTabBar>
 #include <QTest>
 
 namespace B = BuildDirectivesNamespace;
@@ -56,8 +57,9 @@ private slots:
     void bordersDoNotPaintCornersTwice_data();
     void bordersDoNotPaintCornersTwice();
     void endOfLifeBagRunsWhenTheWallGoes();
+    void buildingAndDisposingIsQuiet();
     void gridPlacesRowsAndMerges();
-    void tabsTakeTheirTitles();
+    void tabsTakeTheirTitlesOrFollowAVariable();
 };
 
 void tst_Walls::fragmentHidesAndTheStackClosesUp()
@@ -119,8 +121,6 @@ void tst_Walls::hideableFragmentFollowsDefaultsKeys()
     QVERIFY(hideable->isHidden());
     defaults.setObject(true, "showAdvanced");
     QVERIFY(!hideable->isHidden());
-    layOut(stack, {100, 100});
-    QCOMPARE(stack->arrangedSubviews()[1]->y(), 30);
     delete stack;
     defaults.setObject(false, "showAdvanced"); // no responder is left to react
 }
@@ -165,6 +165,22 @@ void tst_Walls::endOfLifeBagRunsWhenTheWallGoes()
     QCOMPARE(ran, QStringList({"first", "second"}));
 }
 
+// The trace of building and disposing stays off unless the toolkit's logging is enabled.
+void tst_Walls::buildingAndDisposingIsQuiet()
+{
+    auto hide = std::make_shared<StraightVariable<bool>>(false);
+    const QByteArray written = TestSupport::standardErrorOf([&] {
+        auto assembly = build({B::FragmentStack {
+            B::DynamicFragmentWall<bool>::hideWhen(hide, [](bool h) { return h; },
+                                                   {pane("dynamic", 20)}),
+            B::HideableFragment({"quietKey"}, [](const QStringList &) { return false; },
+                                {pane("hideable", 20)})}});
+        assembly->activate();
+        delete assembly->view();
+    });
+    QVERIFY2(written.isEmpty(), written.constData());
+}
+
 void tst_Walls::gridPlacesRowsAndMerges()
 {
     auto assembly = build({B::GridWall {
@@ -194,7 +210,7 @@ void tst_Walls::gridPlacesRowsAndMerges()
     delete grid;
 }
 
-void tst_Walls::tabsTakeTheirTitles()
+void tst_Walls::tabsTakeTheirTitlesOrFollowAVariable()
 {
     auto assembly = build({B::TabWall {B::Tab("Location", {B::StaticLabel("a")}),
                                        B::Tab("Pins", {B::StaticLabel("b")})}});
@@ -202,7 +218,26 @@ void tst_Walls::tabsTakeTheirTitles()
     QCOMPARE(tabs->count(), 2);
     QCOMPARE(tabs->tabText(1), QStringLiteral("Pins"));
     QCOMPARE(tabs->contentWallToTabViewItemDict.size(), 2);
+    QVERIFY(!tabs->tabBar()->isHidden());
     delete tabs;
+
+    // Bound to a variable, the program chooses the page and the user sees no tabs.
+    auto shown = std::make_shared<StraightVariable<int>>(1);
+    auto bound = build(
+        {B::TabWall {B::Tab("Wait", {B::StaticLabel("a")}), B::Tab("Items", {B::StaticLabel("b")}),
+                     B::Tab("Map", {B::StaticLabel("c")})}
+             .showingTab(shown)});
+    tabs = qobject_cast<TabWall *>(bound->view());
+    bound->activate();
+    bound.reset();
+    QVERIFY(tabs->tabBar()->isHidden());
+    QCOMPARE(tabs->currentIndex(), 1);
+    shown->setValue(2);
+    QCOMPARE(tabs->currentIndex(), 2);
+    shown->setValue(5); // no such page: the one shown stays
+    QCOMPARE(tabs->currentIndex(), 2);
+    delete tabs;
+    shown->setValue(0);
 }
 
 QTEST_MAIN(tst_Walls)

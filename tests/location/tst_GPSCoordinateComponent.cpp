@@ -1,6 +1,7 @@
 #include "RecordingDoubles.h"
 #include "commons/ApplicationStart.h"
 #include "location/GPSCoordinateComponent.h"
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "platform/Beeper.h"
 #include "platform/ClipboardWriter.h"

@@ -1,5 +1,6 @@
 #include "commons/ApplicationStart.h"
 #include "location/IPTCLocationComponent.h"
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "session/DataModel.h"
 #include "writing/ChangeManager.h"

@@ -43,7 +43,9 @@ QPalette darkPalette()
 QStringList drawingFaults(QWidget *root)
 {
     QStringList faults;
-    for (QWidget *parent : root->findChildren<QWidget *>() << root) {
+    QList<QWidget *> parents = root->findChildren<QWidget *>();
+    parents << root;
+    for (QWidget *parent : std::as_const(parents)) {
         if (!parent->isVisible() || qobject_cast<QAbstractButton *>(parent)
             || qobject_cast<QLineEdit *>(parent) || parent->inherits("QComboBox"))
             continue;
@@ -58,9 +60,16 @@ QStringList drawingFaults(QWidget *root)
                 : child->objectName();
             if (!parent->rect().contains(child->geometry()))
                 faults << name + u" leaves its parent"_s;
-            if ((qobject_cast<QLabel *>(child) || qobject_cast<QAbstractButton *>(child))
-                && child->width() < child->minimumSizeHint().width())
+            // An icon button sized on purpose is cut when its icon is; others by their hint.
+            const auto *button = qobject_cast<QAbstractButton *>(child);
+            const bool sizedOnPurpose = child->minimumWidth() == child->maximumWidth();
+            if (button && sizedOnPurpose && button->text().isEmpty()) {
+                if (button->width() < button->iconSize().width() + 2)
+                    faults << name + u" is cut"_s;
+            } else if ((qobject_cast<QLabel *>(child) || button)
+                       && child->width() < child->minimumSizeHint().width()) {
                 faults << name + u" is cut"_s;
+            }
             for (QWidget *other : std::as_const(shown)) {
                 if (other != child && child < other
                     && child->geometry().intersects(other->geometry()))
@@ -167,7 +176,10 @@ void tst_ParameterSide::wholeSideInEveryThemeAndWidth()
     QVERIFY(side);
     const QList<BricksLayoutValidator::Issue> issues
         = BricksLayoutValidator::validate(side, BricksLayoutValidator::Phase::both);
-    QVERIFY2(issues.isEmpty(), qPrintable(BricksLayoutValidator::humanReport(issues).join(u'\n')));
+    // The whole report in the log: the failure message is cut short.
+    for (const QString &line : BricksLayoutValidator::humanReport(issues))
+        qWarning().noquote() << line;
+    QVERIFY(issues.isEmpty());
     const QStringList faults = drawingFaults(side);
     QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
 

@@ -1,8 +1,11 @@
+#include "map/MediaFileMarkers.h"
 #include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "metadata/RetrievalOperations.h"
 #include "platform/ByteCountFormatter.h"
+#include "platform/MainQueue.h"
 #include "session/Node.h"
+#include "writing/FileOperationLock.h"
 
 #include "TestSupport.h"
 
@@ -11,6 +14,9 @@
 #include <QTest>
 
 #include <atomic>
+#include <chrono>
+#include <mutex>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -39,6 +45,27 @@ public:
     std::atomic_int reads = 0;
 };
 
+// Map markers as the map keeps them, with the order of events; the embedded read adds from the
+// queue's thread.
+class RecordingMarkers : public MediaFileMarkers
+{
+public:
+    void addMarker(const NodePtr &node) override
+    {
+        std::lock_guard lock(mutex);
+        events << u"add "_s + node->absolutePath;
+    }
+    void removeAllMediaFileMarkers() override { }
+    void removeMediaFileMarker(const QString &path) override
+    {
+        QVERIFY(MainQueue::isMainThread());
+        std::lock_guard lock(mutex);
+        events << u"remove "_s + path;
+    }
+    std::mutex mutex;
+    QStringList events;
+};
+
 NodePtr nodeFor(const QString &path)
 {
     return FileNode::create(path.section(QLatin1Char('/'), -1), path, QString());
@@ -59,6 +86,7 @@ class tst_DataCoordinator : public QObject
 
 private slots:
     void initTestCase();
+    void cleanupTestCase() { MediaFileMarkers::install(nullptr); }
     void basicInformationOfAFile_data();
     void basicInformationOfAFile();
     void vanishedFileIsMarkedWithoutValues();
@@ -66,19 +94,37 @@ private slots:
     void displayStringWaitsThenObserversAreTold();
     void queuedReadsOfAMarkedSourceCostNothing();
     void sourcesWithoutReaderScheduleNothing();
-    void invalidateReadsEverySourceAgain();
+    void invalidationRereadsOnTheQueueOnce();
     void byteCountTexts_data();
     void byteCountTexts();
 
 private:
     QTemporaryDir m_dir;
+    std::shared_ptr<CountingReader> m_searchIndexReader;
     std::shared_ptr<CountingReader> m_imageReader;
+    std::atomic_int m_embeddedReads = 0;
+    std::atomic_bool m_embeddedReadOnMainThread = false;
+    RecordingMarkers m_markers;
 };
 
 void tst_DataCoordinator::initTestCase()
 {
-    m_imageReader = std::make_shared<CountingReader>(MetadataSource::Spotlight);
-    DataCoordinator::shared().setReader(MetadataSource::Spotlight, m_imageReader);
+    DataCoordinator &coordinator = DataCoordinator::shared();
+    m_searchIndexReader = std::make_shared<CountingReader>(MetadataSource::Spotlight);
+    coordinator.setReader(MetadataSource::Spotlight, m_searchIndexReader);
+    m_imageReader = std::make_shared<CountingReader>(MetadataSource::ImageIO);
+    coordinator.setReader(MetadataSource::ImageIO, m_imageReader);
+    // The embedded read as the application's does it: the marker, the map marker, the signal.
+    coordinator.setExifToolRetrieval([this](const Node &node) {
+        ++m_embeddedReads;
+        if (MainQueue::isMainThread())
+            m_embeddedReadOnMainThread = true;
+        MetadataStorage::shared().store(node.absolutePath, MetadataSource::ExifToolGeneric,
+                                        u"retrieved"_s, true);
+        m_markers.addMarker(std::const_pointer_cast<Node>(node.shared_from_this()));
+        node.signalDataIsNowReady(MetadataSource::ExifToolGeneric);
+    });
+    MediaFileMarkers::install(&m_markers);
 }
 
 void tst_DataCoordinator::basicInformationOfAFile_data()
@@ -179,13 +225,13 @@ void tst_DataCoordinator::queuedReadsOfAMarkedSourceCostNothing()
     const QString path = m_dir.filePath(u"image.jpg"_s);
     writeFile(path, 10);
     const NodePtr node = nodeFor(path);
-    const int before = m_imageReader->reads;
+    const int before = m_searchIndexReader->reads;
     // A table redrawing an unread cell schedules a read each time; only the first reads.
     QCOMPARE(node->getDisplayString(u"headline"_s).kind(), DisplayStringWrapper::Kind::Waiting);
     for (int i = 0; i < 49; ++i)
         node->getDisplayString(u"headline"_s);
     DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
-    QCOMPARE(m_imageReader->reads - before, 1);
+    QCOMPARE(m_searchIndexReader->reads - before, 1);
     QCOMPARE(node->getDisplayString(u"headline"_s).text(), u"Harbour at dawn"_s);
 }
 
@@ -203,26 +249,54 @@ void tst_DataCoordinator::sourcesWithoutReaderScheduleNothing()
              int(Operation::Normal));
 }
 
-void tst_DataCoordinator::invalidateReadsEverySourceAgain()
+void tst_DataCoordinator::invalidationRereadsOnTheQueueOnce()
 {
     const QString path = m_dir.filePath(u"rewritten.jpg"_s);
     writeFile(path, 100);
     const NodePtr node = nodeFor(path);
     QCOMPARE(node->getIntValueSync(u"size"_s), 100);
     node->getStringValueSync(u"headline"_s);
-    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
+    DataCoordinator &coordinator = DataCoordinator::shared();
+    coordinator.queue().waitUntilAllOperationsAreFinished();
     auto observer = std::make_shared<RecordingObserver>();
     node->addDataObserver(observer, u"size"_s);
+
+    // The queue is busy while the file is invalidated, twice.
+    std::atomic_bool started = false;
+    std::atomic_bool release = false;
+    coordinator.queue().addOperation([&] {
+        started = true;
+        while (!release)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    });
+    QVERIFY(TestSupport::waitUntil([&] { return started.load(); }));
     writeFile(path, 200);
-    const int before = m_imageReader->reads;
-    DataCoordinator::shared().invalidateData(node);
-    // Read anew on this thread before the call returned.
-    QCOMPARE(m_imageReader->reads - before, 1);
-    QCOMPARE(MetadataStorage::shared().getObjCIntegerValue(path, u"size"_s, MetadataSource::Basic),
-             qint64(200));
-    QVERIFY(MetadataStorage::shared().boolValueExistsAndIsTrue(path, u"retrieved"_s,
-                                                               MetadataSource::Spotlight));
+    const int spotlightBefore = m_searchIndexReader->reads;
+    const int embeddedBefore = m_embeddedReads;
+    const int imageBefore = m_imageReader->reads;
+    m_markers.events.clear();
+    coordinator.invalidateData(node);
+    coordinator.invalidateData(node);
+    // The values are gone at once, the marker too, and the next write of the file waits.
+    QCOMPARE(node->getDisplayString(u"size"_s).kind(), DisplayStringWrapper::Kind::Waiting);
+    QCOMPARE(m_markers.events, QStringList({u"remove "_s + path, u"remove "_s + path}));
+    QCOMPARE(FileOperationLock::shared().anyMetadataRetrievalActive({path}), QStringList {path});
+
+    release = true;
     QVERIFY(TestSupport::waitUntil([&] { return !observer->updates.isEmpty(); }));
+    coordinator.queue().waitUntilAllOperationsAreFinished();
+    QCOMPARE(node->getIntValueSync(u"size"_s), 200);
+    // One re-read for both: the embedded metadata once, off the main thread, the search index
+    // once as it had been read, the image source not at all as it had not.
+    QCOMPARE(m_embeddedReads - embeddedBefore, 1);
+    QVERIFY(!m_embeddedReadOnMainThread);
+    QCOMPARE(m_searchIndexReader->reads - spotlightBefore, 1);
+    QCOMPARE(m_imageReader->reads - imageBefore, 0);
+    QVERIFY(!MetadataStorage::shared().boolValueExistsAndIsTrue(path, u"retrieved"_s,
+                                                                MetadataSource::ImageIO));
+    QCOMPARE(m_markers.events.last(), u"add "_s + path);
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return FileOperationLock::shared().anyMetadataRetrievalActive({path}).isEmpty(); }));
 }
 
 void tst_DataCoordinator::byteCountTexts_data()

@@ -4,6 +4,7 @@
 #include "TestSupport.h"
 #include "platform/AlertPresenter.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -13,6 +14,7 @@ class tst_DataModel : public QObject
 
 private slots:
     void firstLaunchDefaults();
+    void wronglyTypedPreferencesReadAsTheDefaults();
     void persistedSettingsSurviveARestartButSortModesDoNot();
     void previewTabIndexFollowsBothSources();
     void snapshotCopiesEverySetting();
@@ -43,6 +45,29 @@ void tst_DataModel::firstLaunchDefaults()
     // Registered defaults are never written to disk.
     QVERIFY(!QFileInfo::exists(defaults.filePath())
             || !defaults.objectForKey(QStringLiteral("quoteStrings")).isNull());
+}
+
+// A damaged preferences file must not keep the application from starting: every value of the
+// wrong type reads as its default.
+void tst_DataModel::wronglyTypedPreferencesReadAsTheDefaults()
+{
+    const QString path = m_dir.filePath(QStringLiteral("damaged.json"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(R"({"outputFormat": "banana", "processFiles": "yes", "previewMode": [3],
+                   "infoPaneHeight": "tall", "quoteStrings": 17, "jsonIndentationMode": 99.5})");
+    file.close();
+    UserDefaults defaults(path);
+    DataModel model(defaults);
+    QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
+    QCOMPARE(model.processFiles->value(), true);
+    QCOMPARE(model.previewMode->value(), 0);
+    QCOMPARE(model.previewTabIndex->value(), 0);
+    QCOMPARE(model.infoPaneHeight->value(), 200.0);
+    QCOMPARE(model.quoteStrings->value(), true);
+    QCOMPARE(model.jsonIndentationMode->value(), 1);
+    defaults.setObject(42, QStringLiteral("outputFormat")); // no such format
+    QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
 }
 
 void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()

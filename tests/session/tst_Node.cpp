@@ -54,6 +54,10 @@ private slots:
     void derivedFields_data();
     void derivedFields();
     void builtInKeysDifferBetweenDisplayAndSyncForms();
+    void pathLengthsCountCharacters_data();
+    void pathLengthsCountCharacters();
+    void datesFollowTheLocale_data();
+    void datesFollowTheLocale();
     void sortIsNaturalStableAndIgnoresSecondMode();
     void descendingInvertsAndNamesCompareCaseInsensitively();
     void textSortsAgreeWithNodeCompare_data();
@@ -146,6 +150,53 @@ void tst_Node::builtInKeysDifferBetweenDisplayAndSyncForms()
     QCOMPARE(node->getIntValueSync(QStringLiteral("no such key")), 0);
     QCOMPARE(node->getDateValueSync(QStringLiteral("no such key")), Node::distantPast());
     QCOMPARE(*node, *file(QStringLiteral("/a/b.jpg")));
+}
+
+void tst_Node::pathLengthsCountCharacters_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("pathLength");
+    QTest::addColumn<int>("parentLength");
+    QTest::newRow("ASCII") << QStringLiteral("/a/b.jpg") << 8 << 2;
+    // An accent written as its own code point belongs to its letter.
+    QTest::newRow("combining accent") << QStringLiteral("/e\u0301/b.jpg") << 8 << 2;
+    // A flag is two code points and four UTF-16 units, and one character.
+    QTest::newRow("emoji") << QStringLiteral("/\U0001F1EB\U0001F1F7/x.jpg") << 8 << 2;
+}
+
+void tst_Node::pathLengthsCountCharacters()
+{
+    QFETCH(QString, path);
+    const NodePtr node = FileNode::createWithoutRead(path.section(u'/', -1), path, {}, {});
+    QFETCH(int, pathLength);
+    QFETCH(int, parentLength);
+    QCOMPARE(node->getDisplayString(QStringLiteral("full_path_name_length")).text(),
+             QString::number(pathLength));
+    QCOMPARE(node->getWrappedValueSync(QStringLiteral("full_path_name_length")).integerValue(),
+             pathLength);
+    QCOMPARE(node->getDisplayString(QStringLiteral("absoluteParentPath")).text(),
+             QString::number(parentLength));
+}
+
+void tst_Node::datesFollowTheLocale_data()
+{
+    QTest::addColumn<QString>("locale");
+    QTest::addColumn<QString>("expected");
+    // Medium date and short time, in each locale's own order and words.
+    QTest::newRow("American English")
+        << QStringLiteral("en_US") << QStringLiteral("Jan 5, 2024, 3:04\u202FPM");
+    QTest::newRow("German") << QStringLiteral("de_DE") << QStringLiteral("05.01.2024, 15:04");
+    QTest::newRow("French") << QStringLiteral("fr_FR") << QStringLiteral("5 janv. 2024, 15:04");
+}
+
+void tst_Node::datesFollowTheLocale()
+{
+    QFETCH(QString, locale);
+    const QLocale before;
+    QLocale::setDefault(QLocale(locale));
+    const QString text = Node::formatDisplayDate(QDateTime(QDate(2024, 1, 5), QTime(15, 4, 30)));
+    QLocale::setDefault(before);
+    QTEST(text, "expected");
 }
 
 void tst_Node::sortIsNaturalStableAndIgnoresSecondMode()

@@ -9,6 +9,13 @@
 #include <QProcess>
 #include <QTest>
 
+#include <cstring>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace Fixtures {
@@ -73,6 +80,13 @@ QString makePng(const QString &directory, const QString &name, const QStringList
                     exifToolArguments);
 }
 
+QString makeGif(const QString &directory, const QString &name, const QStringList &exifToolArguments)
+{
+    const QString path = QDir(directory).filePath(name);
+    return madeWith(path, u"convert"_s, {u"-size"_s, u"16x16"_s, u"xc:olive"_s, u"gif:"_s + path},
+                    exifToolArguments);
+}
+
 namespace {
 
 // One second of a synthetic lavfi source, encoded by ffmpeg into the container of name.
@@ -106,6 +120,42 @@ QString makeFile(const QString &directory, const QString &name, const QByteArray
         return QString();
     }
     return path;
+}
+
+QMap<QString, QString> makeUnreadableFiles(const QString &directory, const QString &name,
+                                           const QString &extension)
+{
+    const auto pathOf = [&](const QString &kind) {
+        return QDir(directory).filePath(name + u'-' + kind + u'.' + extension);
+    };
+    QMap<QString, QString> files;
+    files.insert(u"named pipe"_s, pathOf(u"pipe"_s));
+    files.insert(u"socket"_s, pathOf(u"socket"_s));
+    files.insert(u"device"_s, pathOf(u"device"_s));
+    files.insert(u"read error"_s, pathOf(u"read-error"_s));
+
+    bool made = ::mkfifo(QFile::encodeName(files[u"named pipe"_s]).constData(), 0600) == 0;
+    // A socket's file stays after the socket is closed, as one left behind by a crashed program.
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    const QByteArray socketPath = QFile::encodeName(files[u"socket"_s]);
+    made = made && size_t(socketPath.size()) < sizeof address.sun_path;
+    if (made) {
+        std::memcpy(address.sun_path, socketPath.constData(), size_t(socketPath.size()));
+        const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        made = socket >= 0
+            && ::bind(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+        if (socket >= 0)
+            ::close(socket);
+    }
+    made = made && QFile::link(u"/dev/zero"_s, files[u"device"_s])
+        && QFile::link(u"/proc/self/mem"_s, files[u"read error"_s]);
+    if (!made) {
+        QTest::qFail(qPrintable(u"Could not make unreadable files in "_s + directory), __FILE__,
+                     __LINE__);
+        return {};
+    }
+    return files;
 }
 
 QString makeScript(const QString &directory, const QString &name, const QByteArray &text)

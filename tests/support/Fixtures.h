@@ -2,6 +2,7 @@
 
 #include "session/Node.h"
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -19,10 +20,12 @@ bool run(const QString &program, const QStringList &arguments, QByteArray *outpu
 // Sets tags with ExifTool arguments such as "-GPSLatitude=48.85" (the file is rewritten).
 bool writeTags(const QString &path, const QStringList &exifToolArguments);
 
-// A small JPEG or PNG, then the given ExifTool arguments.
+// A small JPEG, PNG or GIF, then the given ExifTool arguments.
 QString makeJpeg(const QString &directory, const QString &name,
                  const QStringList &exifToolArguments = {});
 QString makePng(const QString &directory, const QString &name,
+                const QStringList &exifToolArguments = {});
+QString makeGif(const QString &directory, const QString &name,
                 const QStringList &exifToolArguments = {});
 
 // A one-second file from ffmpeg with the given output options, such as "-metadata",
@@ -34,6 +37,12 @@ QString makeAudio(const QString &directory, const QString &name,
 
 // A file with exactly the given bytes.
 QString makeFile(const QString &directory, const QString &name, const QByteArray &bytes);
+
+// Things named like media files (name + "." + extension) that can't be read: a named pipe, a
+// socket, a device (a link to /dev/zero), and a regular file whose every read fails with an I/O
+// error (a link to /proc/self/mem). Keyed by those four kinds.
+QMap<QString, QString> makeUnreadableFiles(const QString &directory, const QString &name,
+                                           const QString &extension);
 
 // An executable script: a stand-in for a worker.
 QString makeScript(const QString &directory, const QString &name, const QByteArray &text);

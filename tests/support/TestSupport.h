@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 
 #include <functional>
+#include <memory>
 
 // Helpers shared by the tests: a private preferences file, waiting with the event loop running.
 namespace TestSupport {
@@ -19,5 +20,25 @@ bool waitUntil(const std::function<bool()> &predicate, int timeoutMs = 10000);
 // Runs this test program again with the environment variable set, for a scenario that must stop
 // it with a failure; answers what it wrote to standard error, or a note saying it did not stop.
 QByteArray standardErrorOfFailingRun(const QString &variable, const QString &value);
+
+// Sends what the process writes to standard error (the log) into a file while it lives, at the
+// descriptor, so that child processes and C libraries are caught too.
+class StandardErrorCapture
+{
+public:
+    StandardErrorCapture();
+    ~StandardErrorCapture();
+    StandardErrorCapture(const StandardErrorCapture &) = delete;
+    StandardErrorCapture &operator=(const StandardErrorCapture &) = delete;
+
+    // What was written so far.
+    QString text() const;
+
+private:
+    std::unique_ptr<QTemporaryFile> m_file;
+    int m_saved = -1;
+};
+// Runs the work and answers what was written to standard error meanwhile.
+QByteArray standardErrorOf(const std::function<void()> &work);
 
 } // namespace TestSupport

@@ -25,18 +25,38 @@ CommandResult run(const QString &program, const QStringList &arguments);
 // The bundled ExifTool command, the same library the write worker loads.
 CommandResult exifTool(const QStringList &arguments);
 
-// Makes a small file of the type given by the extension (jpg, tif, png, heic, webp, mp4, mov,
-// m4a,
-// mp3, wav, flac, ogg, mkv, avi, aiff), carrying some metadata of its own so that a write has
-// something to keep. Returns an empty text on success, else what went wrong.
-QString makeFixture(const QString &path);
+// How the IPTC text of a fixture is stored: Latin-1 as ExifTool stores it by default, UTF-8
+// declared by the record, or a record without declaration that holds both UTF-8 (as many
+// programs write it) and Latin-1 values.
+enum class IptcText { Latin1, DeclaredUtf8, UndeclaredMixed };
+
+// Makes a small file of the type given by the extension, carrying some metadata of its own so
+// that a write has something to keep: images (jpg, tif, png with XMP, heic, webp, gif, ppm), a
+// PDF, an XMP sidecar (xmp), video and audio (mp4, mov, m4a, mp3, wav, flac, ogg, mkv, avi,
+// aiff). JPEG and TIFF carry IPTC text (Keywords, By-line, Caption-Abstract, ...) stored as
+// iptcText says. Returns an empty text on success, else what went wrong.
+QString makeFixture(const QString &path, IptcText iptcText = IptcText::Latin1);
+
+// The extensions of the fixtures that can hold a position and place names, and of those that
+// can hold neither or can't be written at all.
+const QStringList &writableFixtureTypes();
+const QStringList &unwritableFixtureTypes();
 
 // An uncompressed 8-bit RGB TIFF of kilopixels thousand pixels, three bytes each.
 QString makeLargeFixture(const QString &path, int kilopixels);
 
-// exiftool -a -G1: each group-qualified tag name with all its values, in the order listed.
+// Everything ExifTool lists, every copy of a repeated tag included (-a -G0:1:4): "Group:Tag"
+// (the family 1 group) with the values of all copies. IPTC text is decoded as its bytes say:
+// valid UTF-8 as UTF-8, anything else as Latin-1, whatever the record declares.
 using MetadataDump = QMap<QString, QStringList>;
 MetadataDump metadataDump(const QString &path);
+
+// A file's extended attributes by name, following links.
+using ExtendedAttributes = QMap<QByteArray, QByteArray>;
+ExtendedAttributes extendedAttributes(const QString &path);
+// Gives the file the freedesktop tags, comment and origin, an attribute of binary bytes and
+// an access control list that lets the user "nobody" read it. Empty text on success.
+QString setExtendedAttributes(const QString &path);
 
 // exiftool -G1 -j -n: the numeric values, for checking what a write stored.
 QJsonObject numericValues(const QString &path);

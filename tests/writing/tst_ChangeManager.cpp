@@ -1,18 +1,44 @@
+#include "acquisition/ExifToolHelper.h"
 #include "commons/ApplicationStart.h"
 #include "location/GPSCoordinateComponent.h"
+#include "map/MediaFileMarkers.h"
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "session/DataModel.h"
 #include "writing/ChangeManager.h"
-#include "writing/DirectPendingWriteSink.h"
+#include "writing/PendingWriteSink.h"
+#include "writing/WriteEngine.h"
 
 #include "Fixtures.h"
+#include "RecordingDoubles.h"
 #include "RecordingWriteSink.h"
 #include "TestSupport.h"
+#include "WriteFixtures.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// The map's markers by path, one per file as on the map: every read of a file with a complete
+// position adds its marker again.
+class RecordingMarkers : public MediaFileMarkers
+{
+public:
+    void addMarker(const NodePtr &node) override
+    {
+        paths.removeAll(node->absolutePath);
+        paths << node->absolutePath;
+    }
+    void removeAllMediaFileMarkers() override { paths.clear(); }
+    void removeMediaFileMarker(const QString &path) override { paths.removeAll(path); }
+    QStringList paths;
+};
+
+} // namespace
 
 class tst_ChangeManager : public QObject
 {
@@ -30,7 +56,8 @@ private slots:
     void pinnedFieldsUseMWGTagsPerFile();
     void emptyInputsChangeNothing();
     void completionReannouncesSelection();
-    void oneGPSEditReachesTheFilesAndTheStore();
+    void editsAreSeenOnceWritten_data();
+    void editsAreSeenOnceWritten();
 
 private:
     // A fresh model that the change manager works on.
@@ -226,7 +253,12 @@ void tst_ChangeManager::completionReannouncesSelection()
 
     int announcements = 0;
     m_model->_selectedNodes->addColdListener([&](const QList<NodePtr> &) { ++announcements; });
+    // The files of a batch report together; the selection is announced once for all of them.
     sink.writes[0].completionHandler(false);
+    sink.writes[0].completionHandler(true);
+    QCOMPARE(announcements, 0);
+    QTRY_COMPARE(announcements, 1);
+    QCoreApplication::processEvents();
     QCOMPARE(announcements, 1);
     QCOMPARE(m_model->selectedNodes(), QList<NodePtr> {node});
 
@@ -235,65 +267,73 @@ void tst_ChangeManager::completionReannouncesSelection()
     ChangeManager::setDataModel(nullptr);
     m_model.reset();
     handler(true);
+    QCoreApplication::processEvents();
 }
 
-void tst_ChangeManager::oneGPSEditReachesTheFilesAndTheStore()
+void tst_ChangeManager::editsAreSeenOnceWritten_data()
 {
-    const NodePtr jpeg = Fixtures::readNode(Fixtures::makeJpeg(m_dir.path(), u"way.jpg"_s));
-    const NodePtr movie = Fixtures::readNode(Fixtures::makeVideo(m_dir.path(), u"way.mov"_s));
-    const NodePtr withXmp = Fixtures::readNode(Fixtures::makeJpeg(
-        m_dir.path(), u"wayxmp.jpg"_s,
-        {u"-GPSLatitude=10"_s, u"-GPSLatitudeRef=N"_s, u"-GPSLongitude=10"_s,
-         u"-GPSLongitudeRef=E"_s, u"-XMP:GPSLatitude=10"_s, u"-XMP:GPSLongitude=10"_s}));
-    QVERIFY(jpeg && movie && withXmp);
-    QCOMPARE(jpeg->getIntValueSync(u"GPSDataAvailable"_s), 0);
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"photo.jpg", "photo.tif", "picture.png", "photo.heic", "photo.webp",
+                             "clip.mp4", "clip.mov", "sound.m4a"})
+        QTest::newRow(name) << QString::fromLatin1(name);
+    // Both of its copies are XMP: the file has no IPTC record for the place to go into.
+    QTest::newRow("JPEG with XMP and no IPTC") << u"xmp-only.jpg"_s;
+}
 
+// A position and a place applied through the pins travel the whole way: the write engine and
+// its worker, the re-read, and every reader of the plain names (values, statuses, map marker),
+// whichever copy the file type keeps them in.
+void tst_ChangeManager::editsAreSeenOnceWritten()
+{
+    QFETCH(QString, name);
+    const QString path = m_dir.filePath(u"seen-"_s + name);
+    const QString made = WriteFixtures::makeFixture(path);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
+    if (name.startsWith(u"xmp-only"_s))
+        QCOMPARE(WriteFixtures::exifTool({u"-q"_s, u"-overwrite_original"_s, u"-IPTC:all="_s, path})
+                     .exitCode,
+                 0);
+    const NodePtr node = Fixtures::readNode(path);
+    QVERIFY(node);
+
+    RecordingPresenter presenter;
+    AlertPresenter::install(&presenter);
+    RecordingMarkers markers;
+    MediaFileMarkers::install(&markers);
+    ApplicationStart::installWritePath();
     useNewModel();
-    const QList<NodePtr> selection {jpeg, movie, withXmp};
-    m_model->setSelectedNodes(selection);
-    int announcements = 0;
-    m_model->_selectedNodes->addColdListener([&](const QList<NodePtr> &) { ++announcements; });
-    m_model->_pinnedLatitudeString->setValue(u"51.5"_s);
-    m_model->_pinnedLongitudeString->setValue(u"-0.5"_s);
-
-    DirectPendingWriteSink sink;
-    PendingWriteSink::install(&sink);
+    m_model->setSelectedNodes({node});
+    m_model->_pinnedLatitudeString->setValue(u"-33.856784"_s);
+    m_model->_pinnedLongitudeString->setValue(u"151.215297"_s);
+    m_model->_pinnedLocationCity->setValue(u"Sydney"_s);
+    m_model->_pinnedLocationRegion->setValue(u"New South Wales"_s);
+    m_model->_pinnedLocationCountry->setValue(u"Australia"_s);
     ChangeManager::applyCurrentPinnedGPSToCurrentSelection();
-    // The interface shows the new position at once; the store still has the old one.
-    QCOMPARE(m_model->gpsCoordinateComponent->_currentLongitudeInInterface->value(),
-             u"-0.500000"_s);
-    const bool done = TestSupport::waitUntil([&] { return announcements == 3; }, 60000);
+    ChangeManager::applyCurrentPinnedCityToCurrentSelection();
+    ChangeManager::applyCurrentPinnedRegionToCurrentSelection();
+    ChangeManager::applyCurrentPinnedCountryToCurrentSelection();
+    WriteEngine::shared().waitForCompletion();
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     PendingWriteSink::install(nullptr);
-    QVERIFY(done);
-    QVERIFY(sink.failedPaths().isEmpty());
+    MediaFileMarkers::install(nullptr);
+    AlertPresenter::install(nullptr);
+    QVERIFY2(presenter.alerts.isEmpty(), qPrintable(presenter.alerts.value(0).text));
 
-    MetadataStorage &store = MetadataStorage::shared();
-    for (const NodePtr &node : selection) {
-        const QString path = node->absolutePath;
-        const auto latitude
-            = store.getStringValue(path, u"GPSLatitude#"_s, MetadataSource::ExifToolGeneric);
-        const auto longitude
-            = store.getStringValue(path, u"GPSLongitude#"_s, MetadataSource::ExifToolGeneric);
-        QVERIFY2(latitude && longitude, qPrintable(path));
-        QCOMPARE(latitude->toDouble(), 51.5);
-        // EXIF keeps the number unsigned and the direction in its reference.
-        if (node == movie) {
-            QCOMPARE(longitude->toDouble(), -0.5);
-        } else {
-            QCOMPARE(longitude->toDouble(), 0.5);
-            QCOMPARE(
-                store.getStringValue(path, u"GPSLongitudeRef"_s, MetadataSource::ExifToolGeneric),
-                u"West"_s);
-        }
-        // Complete: both numbers, and the references where the type has them; no divergence.
-        QCOMPARE(node->getIntValueSync(u"GPSDataAvailable"_s), 1);
-    }
-    QCOMPARE(store
-                 .getStringValue(withXmp->absolutePath, u"XMPGPSLatitude#"_s,
-                                 MetadataSource::ExifToolGeneric)
-                 .value_or(QString())
-                 .toDouble(),
-             51.5);
+    const auto shown = [&](const QString &key) {
+        return node->getDisplayString(key).text();
+    };
+    QCOMPARE(shown(u"City"_s), u"Sydney"_s);
+    QCOMPARE(shown(u"Province-State"_s), u"New South Wales"_s);
+    QCOMPARE(shown(u"Country"_s), u"Australia"_s);
+    QCOMPARE(node->getIntValueSync(u"IPTCDataComplete"_s), 1);
+    QCOMPARE(shown(u"GPSDataAvailable"_s), u"complete"_s);
+    // Signed by the references where the type has them.
+    const bool quickTime = ExifToolHelper::isQuickTimeFamily(QFileInfo(path).suffix());
+    const double latitudeSign = quickTime || shown(u"GPSLatitudeRef"_s) == u"North"_s ? 1 : -1;
+    QCOMPARE(shown(u"GPSLatitude#"_s).toDouble() * latitudeSign, -33.856784);
+    QCOMPARE(shown(u"GPSLongitude#"_s).toDouble(), 151.215297);
+    QVERIFY(quickTime || shown(u"GPSLongitudeRef"_s) == u"East"_s);
+    QCOMPARE(markers.paths, QStringList {path});
 }
 
 QTEST_GUILESS_MAIN(tst_ChangeManager)

@@ -1,7 +1,11 @@
 #include "WriteFixtures.h"
 
+#include "platform/Resources.h"
 #include "writing/ExifWriteManager.h"
+#include "writing/WriteJournal.h"
+#include "writing/WriteWorker.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -19,6 +23,8 @@
 
 using namespace Qt::StringLiterals;
 using namespace WriteFixtures;
+
+Q_DECLARE_METATYPE(IptcText)
 
 namespace {
 
@@ -102,7 +108,7 @@ private:
     QString m_reason;
 };
 
-// The pid of this process's running write worker, if there is one.
+// The pid of this process's running one-shot write worker, if there is one.
 std::optional<pid_t> runningWorker()
 {
     const QString self = QString::number(getpid());
@@ -116,7 +122,9 @@ std::optional<pid_t> runningWorker()
         if (fields.size() < 2 || fields[1] != self)
             continue;
         QFile commandLine(u"/proc/"_s + pid + u"/cmdline"_s);
-        if (commandLine.open(QIODevice::ReadOnly) && commandLine.readAll().contains("set_tag.pl"))
+        const QByteArray command
+            = commandLine.open(QIODevice::ReadOnly) ? commandLine.readAll() : "";
+        if (command.contains("set_tag.pl") && !command.contains("--serve"))
             return pid_t(pid.toInt());
     }
     return std::nullopt;
@@ -137,8 +145,13 @@ private slots:
     void failureLeavesFileUntouched_data();
     void failureLeavesFileUntouched();
 
+    void workerKilledMidWriteLeavesFileUntouched_data();
     void workerKilledMidWriteLeavesFileUntouched();
     void writeThroughSymbolicLinkKeepsTheLink();
+    void hardLinkedFileIsWrittenInPlace();
+
+    void writeWithoutRootRights_data();
+    void writeWithoutRootRights();
 
     void argumentsCarryValuesInBase64_data();
     void argumentsCarryValuesInBase64();
@@ -151,11 +164,13 @@ private:
 
     QTemporaryDir m_root;
     int m_directoryCount = 0;
+    WriteWorker m_worker;
 };
 
 void tst_ExifWriteManager::initTestCase()
 {
     QVERIFY(m_root.isValid());
+    WriteJournal::setDirectory(m_root.filePath(u"journal"_s));
     // Folders that a test chmods or mounts over must be reachable by the worker.
     QFile::setPermissions(m_root.path(),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther
@@ -172,6 +187,8 @@ QString tst_ExifWriteManager::freshDirectory()
 void tst_ExifWriteManager::writeKeepsEverythingElse_data()
 {
     QTest::addColumn<QString>("extension");
+    QTest::addColumn<IptcText>("iptcText");
+    QTest::addColumn<QStringList>("setUp");
     QTest::addColumn<QStringList>("pairs");
     QTest::addColumn<Expected>("expected");
     QTest::addColumn<QStringList>("writtenNames");
@@ -188,15 +205,30 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                                        "Country-PrimaryLocationName|Sub-location|"
                                        "LocationShownCity|LocationShownCountryName|"
                                        "LocationShownProvinceState|LocationShownSublocation");
+    const QStringList tokyo = {u"City"_s, u"東京"_s};
 
     {
         Expected expected = southEastInExif;
         expected.insert(u"IPTC:City"_s, u"Zürich 東京"_s);
         expected.insert(u"IPTC:CodedCharacterSet"_s, u"\x1b%G"_s);
         QTest::newRow("jpg: GPS with references, IPTC city outside Latin-1")
-            << u"jpg"_s << (southEast + QStringList {u"City"_s, u"Zürich 東京"_s}) << expected
+            << u"jpg"_s << IptcText::Latin1 << QStringList()
+            << (southEast + QStringList {u"City"_s, u"Zürich 東京"_s}) << expected
             << (gpsNames + utf8Names + QStringList {u"City"_s});
     }
+    // Untouched IPTC text reads as the same characters, however it was stored.
+    const Expected tokyoInIptc
+        = {{u"IPTC:City"_s, u"東京"_s}, {u"IPTC:CodedCharacterSet"_s, u"\x1b%G"_s}};
+    QTest::newRow("jpg: undeclared UTF-8 and Latin-1 IPTC beside a city outside Latin-1")
+        << u"jpg"_s << IptcText::UndeclaredMixed << QStringList() << tokyo << tokyoInIptc
+        << (utf8Names + QStringList {u"City"_s});
+    QTest::newRow("tif: declared UTF-8 IPTC beside a city outside Latin-1")
+        << u"tif"_s << IptcText::DeclaredUtf8 << QStringList() << tokyo << tokyoInIptc
+        << QStringList {u"City"_s};
+    QTest::newRow("jpg: undeclared UTF-8 and Latin-1 IPTC beside a Latin-1 city")
+        << u"jpg"_s << IptcText::UndeclaredMixed << QStringList()
+        << QStringList {u"City"_s, u"Zürich"_s} << Expected {{u"IPTC:City"_s, u"Zürich"_s}}
+        << QStringList {u"City"_s};
     {
         const QStringList pairs = split(
             "GPSLatitude#|48.8584|GPSLongitude#|-2.2945|GPSLongitudeRef|West|GPSLatitudeRef|North|"
@@ -213,22 +245,35 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                    "XMP-dc:Description=Zeile 1\nZeile 2 – ünïcødé 東京"))
             expected.insert(pair.section(u'=', 0, 0), pair.section(u'=', 1));
         QTest::newRow("jpg: MWG location, XMP GPS, a line feed")
-            << u"jpg"_s << pairs << expected
+            << u"jpg"_s << IptcText::Latin1 << QStringList() << pairs << expected
             << (gpsNames + mwgNames + utf8Names + QStringList {u"Description"_s});
+    }
+    {
+        // Several shown places are the user's list: a city write leaves it whole.
+        const QStringList places = {u"-XMP-iptcExt:LocationShown+={City=London,CountryCode=GB}"_s,
+                                    u"-XMP-iptcExt:LocationShown+={City=Paris,CountryCode=FR}"_s,
+                                    u"-XMP-iptcExt:LocationShown+={City=Berlin,CountryCode=DE}"_s};
+        const Expected expected
+            = {{u"IPTC:City"_s, u"Zürich"_s}, {u"XMP-photoshop:City"_s, u"Zürich"_s}};
+        QTest::newRow("jpg: MWG city keeps a list of shown places")
+            << u"jpg"_s << IptcText::Latin1 << places << QStringList {u"MWG:City"_s, u"Zürich"_s}
+            << expected << QStringList {u"City"_s};
     }
     {
         Expected expected = southEastInExif;
         expected.insert(u"IPTC:Province-State"_s, u"Île-de-France"_s);
         expected.insert(u"XMP-photoshop:State"_s, u"Île-de-France"_s);
         QTest::newRow("tif: GPS and MWG state")
-            << u"tif"_s << (southEast + QStringList {u"MWG:State"_s, u"Île-de-France"_s})
-            << expected << (gpsNames + mwgNames);
+            << u"tif"_s << IptcText::Latin1 << QStringList()
+            << (southEast + QStringList {u"MWG:State"_s, u"Île-de-France"_s}) << expected
+            << (gpsNames + mwgNames);
     }
     {
         Expected expected = southEastInExif;
         expected.insert(u"IPTC:City"_s, u"Zürich"_s);
         QTest::newRow("png: GPS and city")
-            << u"png"_s << (southEast + QStringList {u"City"_s, u"Zürich"_s}) << expected
+            << u"png"_s << IptcText::Latin1 << QStringList()
+            << (southEast + QStringList {u"City"_s, u"Zürich"_s}) << expected
             << (gpsNames + QStringList {u"City"_s, u"ApplicationRecordVersion"_s});
     }
     {
@@ -237,7 +282,8 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                                    {u"IPTC:City"_s, QString()},
                                    {u"IPTC:CodedCharacterSet"_s, QString()}};
         QTest::newRow("png: MWG city outside Latin-1 adds no IPTC")
-            << u"png"_s << QStringList {u"MWG:City"_s, u"東京"_s} << expected << mwgNames;
+            << u"png"_s << IptcText::Latin1 << QStringList()
+            << QStringList {u"MWG:City"_s, u"東京"_s} << expected << mwgNames;
     }
     {
         Expected expected = southEastInExif;
@@ -247,7 +293,8 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
             = southEast + QStringList {u"XMP:GPSLatitude"_s, u"-33.512345"_s, u"XMP:GPSLongitude"_s,
                                        u"151.200001"_s,      u"MWG:City"_s,   u"東京"_s};
         QTest::newRow("heic: GPS in EXIF and XMP, MWG city")
-            << u"heic"_s << pairs << expected << (gpsNames + mwgNames);
+            << u"heic"_s << IptcText::Latin1 << QStringList() << pairs << expected
+            << (gpsNames + mwgNames);
     }
 
     // These types hold no IPTC, where ExifTool would drop a plain IPTC name without a word.
@@ -260,7 +307,19 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
                                     {u"XMP-photoshop:Country"_s, u"Schweiz"_s}};
     for (const char *extension : {"heic", "webp"}) {
         QTest::addRow("%s: plain location names go to XMP", extension)
-            << QString::fromLatin1(extension) << plainLocation << locationInXmp << mwgNames;
+            << QString::fromLatin1(extension) << IptcText::Latin1 << QStringList() << plainLocation
+            << locationInXmp << mwgNames;
+    }
+    // These hold no EXIF either: the position goes to XMP, signed.
+    Expected positionInXmp = {{u"XMP-exif:GPSLatitude"_s, u"-33.512345"_s},
+                              {u"XMP-exif:GPSLongitude"_s, u"151.200001"_s},
+                              {u"XMP-photoshop:City"_s, u"Zürich"_s},
+                              {u"GPS:GPSLatitude"_s, QString()}};
+    for (const char *extension : {"gif", "pdf", "xmp"}) {
+        QTest::addRow("%s: position and city in XMP", extension)
+            << QString::fromLatin1(extension) << IptcText::Latin1 << QStringList()
+            << (southEast + QStringList {u"City"_s, u"Zürich"_s}) << positionInXmp
+            << (gpsNames + mwgNames);
     }
 
     const QStringList quickTimePairs
@@ -279,21 +338,25 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
         const Expected expected = {{u"Keys:GPSCoordinates"_s, u"48.8584 2.2945"_s},
                                    {u"Composite:GPSLatitude"_s, u"48.8584"_s},
                                    {u"Composite:GPSLongitude"_s, u"2.2945"_s}};
-        QTest::newRow("mp4: position with plus signs") << u"mp4"_s << pairs << expected << gpsNames;
+        QTest::newRow("mp4: position with plus signs")
+            << u"mp4"_s << IptcText::Latin1 << QStringList() << pairs << expected << gpsNames;
     }
     QTest::newRow("mp4: QuickTime position")
-        << u"mp4"_s << quickTimePairs << quickTimeExpected(u"-33.512345 151.200001"_s) << gpsNames;
+        << u"mp4"_s << IptcText::Latin1 << QStringList() << quickTimePairs
+        << quickTimeExpected(u"-33.512345 151.200001"_s) << gpsNames;
     {
         Expected expected = quickTimeExpected(u"-33.512345 151.200001 123.5"_s);
         expected.insert(u"Composite:GPSAltitude"_s, u"123.5"_s);
         QTest::newRow("mov: QuickTime position keeps the altitude")
-            << u"mov"_s << quickTimePairs << expected << gpsNames;
+            << u"mov"_s << IptcText::Latin1 << QStringList() << quickTimePairs << expected
+            << gpsNames;
     }
     {
         Expected expected = quickTimeExpected(u"-33.512345 151.200001"_s);
         expected.insert(u"XMP-photoshop:City"_s, u"Zürich"_s);
         QTest::newRow("m4a: QuickTime position and city")
-            << u"m4a"_s << (quickTimePairs + QStringList {u"City"_s, u"Zürich"_s}) << expected
+            << u"m4a"_s << IptcText::Latin1 << QStringList()
+            << (quickTimePairs + QStringList {u"City"_s, u"Zürich"_s}) << expected
             << (gpsNames + mwgNames);
     }
 }
@@ -301,33 +364,43 @@ void tst_ExifWriteManager::writeKeepsEverythingElse_data()
 void tst_ExifWriteManager::writeKeepsEverythingElse()
 {
     QFETCH(QString, extension);
+    QFETCH(IptcText, iptcText);
+    QFETCH(QStringList, setUp);
     QFETCH(QStringList, pairs);
     QFETCH(Expected, expected);
     QFETCH(QStringList, writtenNames);
 
     const QString directory = freshDirectory();
     const QString path = directory + u"/fixture."_s + extension;
-    const QString made = makeFixture(path);
+    QString made = makeFixture(path, iptcText);
     QVERIFY2(made.isEmpty(), qPrintable(made));
+    if (!setUp.isEmpty())
+        QCOMPARE(
+            exifTool(QStringList {u"-q"_s, u"-overwrite_original"_s} + setUp + QStringList {path})
+                .exitCode,
+            0);
 
-    // An odd mode, an old date with nanoseconds and, where allowed, someone else's file.
+    // An odd mode, an old date with nanoseconds, the user's extended attributes and, where
+    // allowed, someone else's file.
     QFile::setPermissions(path,
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
                               | QFile::WriteGroup | QFile::ReadOther);
+    made = setExtendedAttributes(path);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
     const timespec before = {1299215167, 123456789};
     setModificationTime(path, before);
-    const bool root = geteuid() == 0;
-    if (root)
+    if (geteuid() == 0)
         QVERIFY(chown(QFile::encodeName(path).constData(), 65534, 65534) == 0);
     struct stat statusBefore;
     QVERIFY(stat(QFile::encodeName(path).constData(), &statusBefore) == 0);
+    const ExtendedAttributes attributesBefore = extendedAttributes(path);
 
     const MetadataDump dumpBefore = metadataDump(path);
     const QByteArray contentBefore = contentHash(path);
     QVERIFY(!contentBefore.isEmpty());
 
     std::optional<QString> message;
-    const bool written = ExifWriteManager::shared().setTagsOfFile(path, pairs, message);
+    const bool written = ExifWriteManager::shared().setTagsOfFile(path, pairs, message, m_worker);
     QVERIFY2(written, qPrintable(message.value_or(u"(no message)"_s)));
 
     const QJsonObject numeric = numericValues(path);
@@ -371,6 +444,7 @@ void tst_ExifWriteManager::writeKeepsEverythingElse()
     QCOMPARE(statusAfter.st_mode, statusBefore.st_mode);
     QCOMPARE(statusAfter.st_uid, statusBefore.st_uid);
     QCOMPARE(statusAfter.st_gid, statusBefore.st_gid);
+    QCOMPARE(extendedAttributes(path), attributesBefore);
 
     // No backup or temporary copy beside it: it would show up in the next scan.
     QCOMPARE(entriesOf(directory), QStringList {QFileInfo(path).fileName()});
@@ -383,6 +457,7 @@ enum class Failure {
     VanishedFile,
     UnwritableType,
     DiskFull,
+    BadValue,
 };
 Q_DECLARE_METATYPE(Failure)
 
@@ -391,29 +466,52 @@ void tst_ExifWriteManager::failureLeavesFileUntouched_data()
     QTest::addColumn<Failure>("failure");
     QTest::addColumn<QString>("extension");
     QTest::addColumn<QStringList>("acceptedMessages");
+    QTest::addColumn<QStringList>("pairs");
 
-    QTest::newRow("read-only file") << Failure::ReadOnlyFile << u"jpg"_s
-                                    << QStringList {u"File is read-only"_s, u"Permission denied"_s};
+    const QStringList pairs
+        = {u"GPSLatitude#"_s, u"-33.5"_s, u"GPSLatitudeRef"_s, u"South"_s, u"City"_s, u"Zürich"_s};
+
+    QTest::newRow("read-only file")
+        << Failure::ReadOnlyFile << u"jpg"_s
+        << QStringList {u"File is read-only"_s, u"Permission denied"_s} << pairs;
     // As root only a read-only file system refuses; others get a folder without write access.
     QTest::newRow("read-only folder")
         << Failure::ReadOnlyFolder << u"jpg"_s
         << QStringList {u"Permission denied"_s,
-                        u"Error: Error creating temporary file (Read-only file system)"_s};
+                        u"Error: Error creating file (Read-only file system)"_s}
+        << pairs;
     QTest::newRow("directory") << Failure::Directory << u"jpg"_s
-                               << QStringList {u"Path is a directory"_s};
+                               << QStringList {u"Path is a directory"_s} << pairs;
     QTest::newRow("vanished file")
-        << Failure::VanishedFile << u"jpg"_s << QStringList {u"File not found"_s};
-    QTest::newRow("disk full") << Failure::DiskFull << u"tif"_s << QStringList {u"Disk is full"_s};
+        << Failure::VanishedFile << u"jpg"_s << QStringList {u"File not found"_s} << pairs;
+    QTest::newRow("disk full") << Failure::DiskFull << u"tif"_s << QStringList {u"Disk is full"_s}
+                               << pairs;
 
     const QList<std::pair<const char *, QString>> unwritable = {
         {"mp3", u"Error: Writing of MP3 files is not yet supported"_s},
         {"wav", u"Error: Can't currently write RIFF WAVE files"_s},
         {"flac", u"Error: Writing of FLAC files is not yet supported"_s},
         {"mkv", u"Error: Writing of MKV files is not yet supported"_s},
+        // Nothing changed is no success: a format that can't hold the tags says so.
+        {"ppm", u"Error: PPM files can't hold GPSLatitude, City"_s},
     };
     for (const auto &[extension, message] : unwritable)
         QTest::addRow("unwritable type %s", extension)
-            << Failure::UnwritableType << QString::fromLatin1(extension) << QStringList {message};
+            << Failure::UnwritableType << QString::fromLatin1(extension) << QStringList {message}
+            << pairs;
+
+    // A coordinate that is not a number is refused by name, never written as 0 or 12.
+    for (const char *value : {"abc", "12,5", ""}) {
+        QTest::addRow("latitude \"%s\"", value)
+            << Failure::BadValue << u"jpg"_s
+            << QStringList {u"Error: GPSLatitude must be a number of degrees, not \""_s
+                            + QString::fromLatin1(value) + u"\""_s}
+            << QStringList {u"GPSLatitude#"_s, QString::fromLatin1(value), u"City"_s, u"Zürich"_s};
+    }
+    QTest::newRow("longitude out of range")
+        << Failure::BadValue << u"jpg"_s
+        << QStringList {u"Error: GPSLongitude must lie between -180 and 180 degrees, not \"181\""_s}
+        << QStringList {u"GPSLongitude#"_s, u"181"_s};
 }
 
 void tst_ExifWriteManager::failureLeavesFileUntouched()
@@ -421,6 +519,7 @@ void tst_ExifWriteManager::failureLeavesFileUntouched()
     QFETCH(Failure, failure);
     QFETCH(QString, extension);
     QFETCH(QStringList, acceptedMessages);
+    QFETCH(QStringList, pairs);
 
     QString directory = freshDirectory();
     std::optional<ScratchMount> mount;
@@ -460,6 +559,7 @@ void tst_ExifWriteManager::failureLeavesFileUntouched()
         break;
     }
     case Failure::UnwritableType:
+    case Failure::BadValue:
         break;
     }
 
@@ -468,8 +568,6 @@ void tst_ExifWriteManager::failureLeavesFileUntouched()
     const timespec timeBefore = modificationTime(path);
 
     std::optional<QString> message;
-    const QStringList pairs
-        = {u"GPSLatitude#"_s, u"-33.5"_s, u"GPSLatitudeRef"_s, u"South"_s, u"City"_s, u"Zürich"_s};
     const bool written = ExifWriteManager::shared().setTagsOfFile(path, pairs, message);
 
     if (failure == Failure::ReadOnlyFolder && !mount)
@@ -485,34 +583,56 @@ void tst_ExifWriteManager::failureLeavesFileUntouched()
     }
 }
 
+void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched_data()
+{
+    QTest::addColumn<bool>("served");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("one-shot worker") << false << u"Unknown error (exit code 9)"_s;
+    QTest::newRow("long-running worker")
+        << true << u"The write worker stopped unexpectedly; the file was left as it was"_s;
+}
+
 void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched()
 {
+    QFETCH(bool, served);
+    QFETCH(QString, message);
+
     const QString directory = freshDirectory();
     const QString path = directory + u"/large.tif"_s;
     const QString made = makeLargeFixture(path, 20000);
     QVERIFY2(made.isEmpty(), qPrintable(made));
     const QByteArray bytesBefore = fileHash(path);
-    const QString temporary = path + u"_exiftool_tmp"_s;
+    const auto newFileExists = [&] {
+        return !QDir(directory)
+                    .entryList({u".large.tif.palomet-new-*"_s}, QDir::Files | QDir::Hidden)
+                    .isEmpty();
+    };
 
+    WriteWorker worker;
     std::atomic_bool done = false;
     bool written = true;
-    std::optional<QString> message;
+    std::optional<QString> answer;
     std::thread writer([&] {
-        written = ExifWriteManager::shared().setTagsOfFile(path, {u"City"_s, u"Zürich"_s}, message);
+        const QStringList pairs = {u"City"_s, u"Zürich"_s};
+        written = served ? ExifWriteManager::shared().setTagsOfFile(path, pairs, answer, worker)
+                         : ExifWriteManager::shared().setTagsOfFile(path, pairs, answer);
         done = true;
     });
 
-    // Kill the worker while its copy of the file exists: stopped first, it cannot rename the
-    // copy over the file between the look and the kill.
+    // Kill the worker while its new file is being written: stopped first, it cannot finish
+    // between the look and the kill.
     bool killed = false;
     while (!done && !killed) {
-        if (const std::optional<pid_t> worker = runningWorker()) {
-            if (kill(*worker, SIGSTOP) == 0) {
-                if (QFileInfo::exists(temporary))
-                    killed = kill(*worker, SIGKILL) == 0;
-                else
-                    kill(*worker, SIGCONT);
-            }
+        const std::optional<pid_t> pid = served
+            ? (worker.processIdentifier() > 0 ? std::optional(worker.processIdentifier())
+                                              : std::nullopt)
+            : runningWorker();
+        if (pid && kill(*pid, SIGSTOP) == 0) {
+            if (newFileExists())
+                killed = kill(*pid, SIGKILL) == 0;
+            else
+                kill(*pid, SIGCONT);
         }
         std::this_thread::yield();
     }
@@ -521,9 +641,14 @@ void tst_ExifWriteManager::workerKilledMidWriteLeavesFileUntouched()
         QSKIP("the write finished before the worker could be stopped");
 
     QVERIFY(!written);
-    QCOMPARE(message.value_or(QString()), u"Unknown error (exit code 9)"_s);
+    QCOMPARE(answer.value_or(QString()), message);
     QCOMPARE(fileHash(path), bytesBefore);
     QCOMPARE(entriesOf(directory), QStringList {u"large.tif"_s});
+
+    // The next file gets a worker of its own.
+    std::optional<QString> nextAnswer;
+    QVERIFY(ExifWriteManager::shared().setTagsOfFile(path, {u"City"_s, u"Zürich"_s}, nextAnswer,
+                                                     worker));
 }
 
 void tst_ExifWriteManager::writeThroughSymbolicLinkKeepsTheLink()
@@ -547,6 +672,124 @@ void tst_ExifWriteManager::writeThroughSymbolicLinkKeepsTheLink()
     QCOMPARE(entriesOf(directory), (QStringList {u"link.jpg"_s, u"target.jpg"_s}));
 }
 
+void tst_ExifWriteManager::hardLinkedFileIsWrittenInPlace()
+{
+    const QString directory = freshDirectory();
+    const QString path = directory + u"/photo.jpg"_s;
+    const QString link = directory + u"/same photo.jpg"_s;
+    QString made = makeFixture(path);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
+    made = setExtendedAttributes(path);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
+    QVERIFY(::link(QFile::encodeName(path).constData(), QFile::encodeName(link).constData()) == 0);
+    const timespec before = {1299215167, 123456789};
+    setModificationTime(path, before);
+    struct stat statusBefore;
+    QVERIFY(stat(QFile::encodeName(path).constData(), &statusBefore) == 0);
+    const ExtendedAttributes attributesBefore = extendedAttributes(path);
+
+    std::optional<QString> message;
+    QVERIFY2(
+        ExifWriteManager::shared().setTagsOfFile(link, {u"City"_s, u"Zürich"_s}, message, m_worker),
+        qPrintable(message.value_or(QString())));
+
+    // One file under two names, as before, both showing the new city.
+    struct stat statusAfter;
+    QVERIFY(stat(QFile::encodeName(path).constData(), &statusAfter) == 0);
+    QCOMPARE(statusAfter.st_ino, statusBefore.st_ino);
+    QCOMPARE(statusAfter.st_nlink, nlink_t(2));
+    QVERIFY(sameTime(statusAfter.st_mtim, before));
+    QCOMPARE(extendedAttributes(path), attributesBefore);
+    QCOMPARE(dumpValue(numericValues(path).value(u"IPTC:City"_s)), u"Zürich"_s);
+    QCOMPARE(entriesOf(directory), (QStringList {u"photo.jpg"_s, u"same photo.jpg"_s}));
+    QVERIFY(QDir(WriteJournal::directory()).isEmpty());
+}
+
+// Root may do what a user may not; these writes run as "nobody", in a folder open to all.
+void tst_ExifWriteManager::writeWithoutRootRights_data()
+{
+    QTest::addColumn<bool>("ownFile");
+    QTest::addColumn<bool>("readOnly");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("own file with attributes") << true << false << QString();
+    QTest::newRow("someone else's writable file") << false << false << QString();
+    QTest::newRow("read-only file") << true << true << u"File is read-only"_s;
+}
+
+void tst_ExifWriteManager::writeWithoutRootRights()
+{
+    QFETCH(bool, ownFile);
+    QFETCH(bool, readOnly);
+    QFETCH(QString, message);
+
+    const bool root = geteuid() == 0;
+    if (!ownFile && !root)
+        QSKIP("needs another user's file, which only root can make");
+
+    // A shared folder as /tmp is: everyone may add files, only owners remove or rename theirs.
+    const QString directory = freshDirectory();
+    QVERIFY(chmod(QFile::encodeName(directory).constData(), 01777) == 0);
+    const QString journal = directory + u"/.journal"_s;
+    QDir().mkpath(journal);
+    QVERIFY(chmod(QFile::encodeName(journal).constData(), 0777) == 0);
+    const QString path = directory + u"/photo.jpg"_s;
+    QString made = makeFixture(path);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
+    made = setExtendedAttributes(path);
+    QVERIFY2(made.isEmpty(), qPrintable(made));
+    // After the access control list, whose entries the mode's bits then follow.
+    chmod(QFile::encodeName(path).constData(), readOnly ? 0444 : (ownFile ? 0640 : 0666));
+    if (root && ownFile)
+        QVERIFY(chown(QFile::encodeName(path).constData(), 65534, 65534) == 0);
+    const timespec before = {1299215167, 123456789};
+    setModificationTime(path, before);
+    struct stat statusBefore;
+    QVERIFY(stat(QFile::encodeName(path).constData(), &statusBefore) == 0);
+    const ExtendedAttributes attributesBefore = extendedAttributes(path);
+    const QByteArray bytesBefore = fileHash(path);
+
+    // The build folder may be closed to other users: "nobody" gets a copy of the helper and of
+    // the resources beside it.
+    QString helper = QCoreApplication::applicationDirPath() + u"/write_file"_s;
+    if (root) {
+        const QString copy = m_root.filePath(u"helper"_s);
+        if (!QFileInfo::exists(copy + u"/write_file"_s)) {
+            QDir().mkpath(copy);
+            QVERIFY(QFile::copy(helper, copy + u"/write_file"_s));
+            QCOMPARE(
+                run(u"cp"_s, {u"-r"_s, Resources::directory(), copy + u"/resources"_s}).exitCode,
+                0);
+            QCOMPARE(run(u"chmod"_s, {u"-R"_s, u"a+rX"_s, copy}).exitCode, 0);
+        }
+        helper = copy + u"/write_file"_s;
+    }
+    QStringList arguments = {u"--served"_s, journal, path, u"City"_s, u"Zürich"_s};
+    const CommandResult result = root
+        ? run(u"setpriv"_s,
+              QStringList {u"--reuid=65534"_s, u"--regid=65534"_s, u"--clear-groups"_s, helper}
+                  + arguments)
+        : run(helper, arguments);
+
+    QCOMPARE(QString::fromUtf8(result.standardOutput).trimmed(), message);
+    QCOMPARE(result.exitCode, message.isEmpty() ? 0 : 1);
+    struct stat statusAfter;
+    QVERIFY(stat(QFile::encodeName(path).constData(), &statusAfter) == 0);
+    QCOMPARE(statusAfter.st_uid, statusBefore.st_uid);
+    QCOMPARE(statusAfter.st_mode, statusBefore.st_mode);
+    QCOMPARE(extendedAttributes(path), attributesBefore);
+    if (message.isEmpty()) {
+        QCOMPARE(dumpValue(numericValues(path).value(u"IPTC:City"_s)), u"Zürich"_s);
+        // Only the owner may set a file's time; others leave the time of the write.
+        if (ownFile)
+            QVERIFY(sameTime(statusAfter.st_mtim, before));
+    } else {
+        QCOMPARE(fileHash(path), bytesBefore);
+    }
+    QCOMPARE(entriesOf(directory), (QStringList {u".journal"_s, u"photo.jpg"_s}));
+    QVERIFY(QDir(journal).isEmpty());
+}
+
 void tst_ExifWriteManager::argumentsCarryValuesInBase64_data()
 {
     QTest::addColumn<QStringList>("pairs");
@@ -561,10 +804,11 @@ void tst_ExifWriteManager::argumentsCarryValuesInBase64()
     QFETCH(QStringList, pairs);
 
     const QString path = u"/photos/a b/ünï.jpg"_s;
-    const QList<QByteArray> arguments = ExifWriteManager::workerArguments(path, pairs);
+    const QString destination = u"/photos/a b/.ünï.jpg.new"_s;
+    const QList<QByteArray> arguments = ExifWriteManager::workerArguments(path, destination, pairs);
     QCOMPARE(arguments.size(), pairs.size() + 2);
     QCOMPARE(QFile::decodeName(arguments[0]), path);
-    QCOMPARE(arguments[1], QByteArray("<none>"));
+    QCOMPARE(QFile::decodeName(arguments[1]), destination);
     for (qsizetype i = 0; i < pairs.size(); i += 2) {
         QCOMPARE(QString::fromUtf8(arguments[i + 2]), pairs[i]);
         const QByteArray encoded = arguments[i + 3];
@@ -599,6 +843,9 @@ void tst_ExifWriteManager::parseExifToolError_data()
     QTest::newRow("empty output") << QString() << 1 << u"Unknown error (exit code 1)"_s;
     QTest::newRow("two lines give the first")
         << u"Warning: odd thing\nError: bad thing\n"_s << 1 << u"Warning: odd thing"_s;
+    QTest::newRow("a leading line break gives the first line with text")
+        << u"\n  \nError: bad thing\nmore"_s << 1 << u"Error: bad thing"_s;
+    QTest::newRow("line breaks alone") << u"\n\r\n"_s << 1 << u"Unknown error"_s;
 }
 
 void tst_ExifWriteManager::parseExifToolError()

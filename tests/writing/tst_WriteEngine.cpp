@@ -2,12 +2,15 @@
 #include "WriteFixtures.h"
 #include "WriteTestDoubles.h"
 
+#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "platform/AlertPresenter.h"
+#include "platform/ChildProcess.h"
 #include "platform/ClipboardWriter.h"
 #include "session/Node.h"
 #include "writing/FileOperationLock.h"
 #include "writing/WriteEngine.h"
+#include "writing/WriteWorker.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -40,10 +43,10 @@ QString iptc(const QString &path, const QString &tag)
     return WriteFixtures::numericValues(path).value(u"IPTC:"_s + tag).toString();
 }
 
-// A plain "Country" lands in XMP; IPTC gets it only through the MWG name.
+// A plain "Country" is the IPTC field that the read answers as "Country".
 QString country(const QString &path)
 {
-    return WriteFixtures::numericValues(path).value(u"XMP-photoshop:Country"_s).toString();
+    return iptc(path, u"Country-PrimaryLocationName"_s);
 }
 
 } // namespace
@@ -67,6 +70,7 @@ private slots:
     void viewModelFollowsTheBatch();
     void waitForCompletionWritesEverything();
     void flushImmediatelyFromBackgroundThread();
+    void writeWorkerIsKeptWhileWritesCome();
 
 private:
     QString copyOfJpeg(const QString &name);
@@ -136,6 +140,8 @@ bool tst_WriteEngine::waitUntilIdle()
     const bool idle
         = TestSupport::waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); }, 60000);
     QTest::qWait(50);
+    // The written files are read anew in the background.
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     return idle;
 }
 
@@ -444,6 +450,28 @@ void tst_WriteEngine::flushImmediatelyFromBackgroundThread()
     QVERIFY(TestSupport::waitUntil([&] { return outcomes->size() == 1; }, 30000));
     QCOMPARE(outcomes->first().success, true);
     QCOMPARE(iptc(a, u"City"_s), u"Riga"_s);
+}
+
+// One worker serves batch after batch, and goes once no write has come for the idle delay.
+void tst_WriteEngine::writeWorkerIsKeptWhileWritesCome()
+{
+    WriteEngine &engine = WriteEngine::shared();
+    engine.setWriteWorkerIdleDelay(std::chrono::seconds(2));
+    auto outcomes = std::make_shared<QList<Outcome>>();
+    enqueue(copyOfJpeg(u"kept-a.jpg"_s), {u"City"_s, u"Oslo"_s}, outcomes);
+    QVERIFY(waitUntilIdle());
+    QVERIFY(engine.hasWriteWorker());
+    const pid_t pid = engine.writeWorker()->processIdentifier();
+    QVERIFY(pid > 0);
+
+    enqueue(copyOfJpeg(u"kept-b.jpg"_s), {u"City"_s, u"Bergen"_s}, outcomes);
+    QVERIFY(waitUntilIdle());
+    QCOMPARE(engine.writeWorker()->processIdentifier(), pid);
+    QCOMPARE(outcomes->size(), 2);
+
+    QVERIFY(TestSupport::waitUntil([&] { return !engine.hasWriteWorker(); }, 10000));
+    QVERIFY(TestSupport::waitUntil([&] { return !ChildProcess::processorTime(pid); }, 10000));
+    engine.setWriteWorkerIdleDelay(std::chrono::minutes(1));
 }
 
 QTEST_GUILESS_MAIN(tst_WriteEngine)

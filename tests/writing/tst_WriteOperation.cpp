@@ -24,6 +24,8 @@ constexpr qint64 staleSize = -5;
 
 qint64 storedSize(const QString &path)
 {
+    // A written file is read anew in the background.
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
     return MetadataStorage::shared().getObjCIntegerValue(path, u"size"_s, MetadataSource::Basic);
 }
 

@@ -24,7 +24,11 @@ protected:
 // The pattern every two-way binding follows. Activation first subscribes to the variable, so
 // that the control shows the current value at once, then installs the control's callback that
 // writes the variable. A value set on the control by the listener sends no action, which is
-// what keeps the two from echoing. Unbinding silences both directions.
+// what keeps the two from echoing.
+//
+// A binding lives as long as its control, not as long as the binding object or its assembly:
+// the listener that it leaves in the variable holds the control weakly and nothing of the
+// binding, and does nothing once the control is gone. Unbinding silences both directions.
 template<typename BrickT, typename T>
 class BrickBinding
     : public Binding
@@ -32,23 +36,23 @@ class BrickBinding
 {
 public:
     using Writer = std::function<void(const T &)>;
+    using Presenter = std::function<void(BrickT *, const T &)>;
 
     BrickBinding(BrickT *brick, std::shared_ptr<ReadWriteVariableType<T>> variable)
         : brick(brick)
         , variable(std::move(variable))
     { }
-    ~BrickBinding() override { *m_alive = false; }
 
     Binding *activate() override
     {
         if (variable) {
-            const std::shared_ptr<bool> alive = m_alive;
-            variable->addHotListener([this, alive](const T &value) {
-                if (!*alive || !brick)
-                    return;
-                const QSignalBlocker blocker(brick.data());
-                show(brick, value);
-            });
+            variable->addHotListener(
+                [control = brick, show = presenter(), bound = m_bound](const T &value) {
+                    if (!*bound || !control)
+                        return;
+                    const QSignalBlocker blocker(control.data());
+                    show(control.data(), value);
+                });
         }
         if (brick) {
             const auto target = variable;
@@ -62,7 +66,7 @@ public:
 
     void unbind() override
     {
-        *m_alive = false;
+        *m_bound = false;
         if (brick)
             install(brick, nullptr);
     }
@@ -71,30 +75,31 @@ public:
     std::shared_ptr<ReadWriteVariableType<T>> variable;
 
 protected:
-    virtual void show(BrickT *brick, const T &value) = 0;
+    // How the control shows a value; what it captures must not be the binding.
+    virtual Presenter presenter() const = 0;
     virtual void install(BrickT *brick, Writer write) = 0;
 
 private:
-    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
+    std::shared_ptr<bool> m_bound = std::make_shared<bool>(true);
 };
 
-// A binding that only shows a read-only variable.
+// A binding that only shows a read-only variable, living as long as its view.
 template<typename ViewT, typename T>
 class ReadOnlyBinding : public Binding
 {
 public:
+    using Presenter = std::function<void(ViewT *, const T &)>;
+
     ReadOnlyBinding(ViewT *view, AnyReadOnlyVariable<T> variable)
         : view(view)
         , variable(std::move(variable))
     { }
-    ~ReadOnlyBinding() override { *m_alive = false; }
 
     Binding *activate() override
     {
-        const std::shared_ptr<bool> alive = m_alive;
-        variable.addHotListener([this, alive](const T &value) {
-            if (*alive && view)
-                show(view, value);
+        variable.addHotListener([shown = view, show = presenter()](const T &value) {
+            if (shown)
+                show(shown.data(), value);
         });
         return this;
     }
@@ -103,8 +108,5 @@ public:
     AnyReadOnlyVariable<T> variable;
 
 protected:
-    virtual void show(ViewT *view, const T &value) = 0;
-
-private:
-    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
+    virtual Presenter presenter() const = 0;
 };

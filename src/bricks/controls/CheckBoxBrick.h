@@ -30,7 +30,12 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(CheckBoxBrick *brick, const bool &value) override { brick->setChecked(value); }
+    Presenter presenter() const override
+    {
+        return [](CheckBoxBrick *brick, const bool &value) {
+            brick->setChecked(value);
+        };
+    }
     void install(CheckBoxBrick *brick, Writer write) override
     {
         brick->actualCheckboxFunc = std::move(write);
@@ -60,9 +65,11 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(ButtonStateValueCheckBoxBrick *brick, const Qt::CheckState &value) override
+    Presenter presenter() const override
     {
-        brick->setCheckState(value);
+        return [](ButtonStateValueCheckBoxBrick *brick, const Qt::CheckState &value) {
+            brick->setCheckState(value);
+        };
     }
     void install(ButtonStateValueCheckBoxBrick *brick, Writer write) override
     {

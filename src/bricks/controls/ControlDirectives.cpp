@@ -2,7 +2,6 @@
 
 #include <QFrame>
 #include <QLabel>
-#include <QPixmap>
 
 namespace BuildDirectivesNamespace {
 
@@ -29,24 +28,6 @@ QLabel *makeMarkdownLabel()
     label->setTextInteractionFlags(Qt::TextBrowserInteraction);
     return label;
 }
-
-class ImagePreviewBinding : public ReadOnlyBinding<QLabel, QImage>
-{
-public:
-    ImagePreviewBinding(QLabel *label, AnyReadOnlyVariable<QImage> image, QSize size)
-        : ReadOnlyBinding(label, std::move(image))
-        , size(size)
-    { }
-
-protected:
-    void show(QLabel *label, const QImage &image) override
-    {
-        label->setPixmap(image.isNull() ? QPixmap()
-                                        : QPixmap::fromImage(image.scaled(
-                                            size, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
-    }
-    QSize size;
-};
 } // namespace
 
 BuiltView StaticLabel::buildLeaf() const
@@ -200,15 +181,6 @@ BuiltView ColorWell::buildLeaf() const
     auto *brick = new ColorWellBrick(color);
     brick->valueChangedFunc = changed;
     return {brick, none()};
-}
-
-BuiltView ImagePreview::buildLeaf() const
-{
-    auto *label = new QLabel;
-    label->setAlignment(Qt::AlignCenter);
-    label->setFixedSize(size);
-    label->setFrameShape(QFrame::StyledPanel);
-    return {label, std::make_shared<ImagePreviewBinding>(label, image, size)};
 }
 
 } // namespace BuildDirectivesNamespace

@@ -15,7 +15,7 @@
 #include "SwitchBrick.h"
 #include "bricks/BuildDirective.h"
 
-#include <QImage>
+// The image preview's directive, ImagePreview, lives with its view in mainwindow/preview.
 
 namespace BuildDirectivesNamespace {
 
@@ -360,20 +360,6 @@ public:
     BuiltView buildLeaf() const override;
     QColor color;
     std::function<void(const QColor &)> changed;
-};
-
-// A scaled image, or an empty area of the given size while there is none.
-class ImagePreview : public LeafDirective<ImagePreview>
-{
-public:
-    ImagePreview(AnyReadOnlyVariable<QImage> image, QSize size)
-        : image(std::move(image))
-        , size(size)
-    { }
-    QString description() const override { return QStringLiteral("ImagePreview"); }
-    BuiltView buildLeaf() const override;
-    AnyReadOnlyVariable<QImage> image;
-    QSize size;
 };
 
 } // namespace BuildDirectivesNamespace

@@ -24,9 +24,11 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(DatePickerBrick *brick, const QDateTime &value) override
+    Presenter presenter() const override
     {
-        brick->setDateTime(value);
+        return [](DatePickerBrick *brick, const QDateTime &value) {
+            brick->setDateTime(value);
+        };
     }
     void install(DatePickerBrick *brick, Writer write) override
     {

@@ -28,9 +28,11 @@ public:
     using BrickBinding<PopUpButtonBrick, E>::BrickBinding;
 
 protected:
-    void show(PopUpButtonBrick *brick, const E &value) override
+    typename BrickBinding<PopUpButtonBrick, E>::Presenter presenter() const override
     {
-        brick->setCurrentIndex(brick->findData(static_cast<int>(value)));
+        return [](PopUpButtonBrick *brick, const E &value) {
+            brick->setCurrentIndex(brick->findData(static_cast<int>(value)));
+        };
     }
     void install(PopUpButtonBrick *brick,
                  typename BrickBinding<PopUpButtonBrick, E>::Writer write) override
@@ -54,7 +56,12 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(PopUpButtonBrick *brick, const int &value) override { brick->setCurrentIndex(value); }
+    Presenter presenter() const override
+    {
+        return [](PopUpButtonBrick *brick, const int &value) {
+            brick->setCurrentIndex(value);
+        };
+    }
     void install(PopUpButtonBrick *brick, Writer write) override
     {
         brick->selectionChangedFunc = std::move(write);
@@ -82,10 +89,12 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(ComboBoxBrick *brick, const QString &value) override
+    Presenter presenter() const override
     {
-        if (brick->currentText() != value)
-            brick->setEditText(value);
+        return [](ComboBoxBrick *brick, const QString &value) {
+            if (brick->currentText() != value)
+                brick->setEditText(value);
+        };
     }
     void install(ComboBoxBrick *brick, Writer write) override
     {

@@ -48,9 +48,11 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(FakeComboBoxButtonBrick *brick, const QString &value) override
+    Presenter presenter() const override
     {
-        brick->setText(value);
+        return [](FakeComboBoxButtonBrick *brick, const QString &value) {
+            brick->setText(value);
+        };
     }
     void install(FakeComboBoxButtonBrick *brick, Writer write) override
     {

@@ -25,7 +25,12 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(RadioButtonBrick *brick, const bool &value) override { brick->setChecked(value); }
+    Presenter presenter() const override
+    {
+        return [](RadioButtonBrick *brick, const bool &value) {
+            brick->setChecked(value);
+        };
+    }
     void install(RadioButtonBrick *brick, Writer write) override
     {
         brick->selectedFunc = write ? std::function<void()>([write] { write(true); }) : nullptr;
@@ -45,9 +50,11 @@ public:
     const T value;
 
 protected:
-    void show(RadioButtonBrick *brick, const T &current) override
+    typename BrickBinding<RadioButtonBrick, T>::Presenter presenter() const override
     {
-        brick->setChecked(current == value);
+        return [own = value](RadioButtonBrick *brick, const T &current) {
+            brick->setChecked(current == own);
+        };
     }
     void install(RadioButtonBrick *brick,
                  typename BrickBinding<RadioButtonBrick, T>::Writer write) override

@@ -12,9 +12,11 @@ public:
     using ReadOnlyBinding::ReadOnlyBinding;
 
 protected:
-    void show(SingleLineLabel *label, const QString &value) override
+    Presenter presenter() const override
     {
-        label->setStringValue(value);
+        return [](SingleLineLabel *label, const QString &value) {
+            label->setStringValue(value);
+        };
     }
 };
 
@@ -25,11 +27,13 @@ public:
     using ReadOnlyBinding::ReadOnlyBinding;
 
 protected:
-    void show(QWidget *view, const QString &value) override
+    Presenter presenter() const override
     {
-        if (auto *label = qobject_cast<QLabel *>(view))
-            label->setText(value);
-        else if (auto *field = qobject_cast<QLineEdit *>(view))
-            field->setText(value);
+        return [](QWidget *view, const QString &value) {
+            if (auto *label = qobject_cast<QLabel *>(view))
+                label->setText(value);
+            else if (auto *field = qobject_cast<QLineEdit *>(view))
+                field->setText(value);
+        };
     }
 };

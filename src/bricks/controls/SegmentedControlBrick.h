@@ -36,9 +36,11 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(SegmentedControlBrick *brick, const int &value) override
+    Presenter presenter() const override
     {
-        brick->setSelectedSegment(value);
+        return [](SegmentedControlBrick *brick, const int &value) {
+            brick->setSelectedSegment(value);
+        };
     }
     void install(SegmentedControlBrick *brick, Writer write) override
     {

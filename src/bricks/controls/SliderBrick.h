@@ -24,7 +24,12 @@ public:
     using BrickBinding::BrickBinding;
 
 protected:
-    void show(SliderBrick *brick, const int &value) override { brick->setValue(value); }
+    Presenter presenter() const override
+    {
+        return [](SliderBrick *brick, const int &value) {
+            brick->setValue(value);
+        };
+    }
     void install(SliderBrick *brick, Writer write) override
     {
         brick->valueChangedFunc = std::move(write);

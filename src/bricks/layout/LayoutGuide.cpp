@@ -1,18 +1,8 @@
 #include "LayoutGuide.h"
 
-#include <QVariant>
-#include <QWidget>
+#include "bricks/ViewAttachments.h"
 
-namespace {
-// Guides are children of their view, so the table lives on the view as well.
-QHash<LayoutTag, LayoutGuide *> &tableOf(QWidget *view)
-{
-    static QHash<QWidget *, QHash<LayoutTag, LayoutGuide *>> tables;
-    if (!tables.contains(view))
-        QObject::connect(view, &QObject::destroyed, [view] { tables.remove(view); });
-    return tables[view];
-}
-} // namespace
+#include <QWidget>
 
 LayoutGuide::LayoutGuide(QWidget *owningView, const QString &identifier)
     : QObject(owningView)
@@ -27,10 +17,11 @@ QWidget *LayoutGuide::owningView() const
 
 void LayoutGuide::setTaggedLayoutGuide(QWidget *view, const LayoutTag &tag, LayoutGuide *guide)
 {
-    tableOf(view).insert(tag, guide);
+    ViewAttachments::of(view).taggedLayoutGuides.insert(tag, guide);
 }
 
 LayoutGuide *LayoutGuide::taggedLayoutGuide(QWidget *view, const LayoutTag &tag)
 {
-    return tableOf(view).value(tag);
+    const ViewAttachment *attached = ViewAttachments::find(view);
+    return attached ? attached->taggedLayoutGuides.value(tag) : nullptr;
 }

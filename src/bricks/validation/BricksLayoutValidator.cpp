@@ -1,5 +1,6 @@
 #include "BricksLayoutValidator.h"
 
+#include "bricks/ViewAttachments.h"
 #include "bricks/ViewTree.h"
 #include "bricks/layout/ConstraintLayout.h"
 #include "bricks/walls/FragmentStackView.h"
@@ -13,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLayout>
+#include <QSplitter>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QWidget>
@@ -20,7 +22,6 @@
 namespace {
 
 using V = BricksLayoutValidator;
-constexpr const char *ExemptionsProperty = "bricksValidationExemptions";
 // Beyond this a side is taken for a runaway constraint rather than a design.
 constexpr double ExcessiveLength = 20000;
 
@@ -30,19 +31,31 @@ QString className(const QWidget *view)
 }
 
 // Qt's own helper widgets are named "qt_..."; they are not checked, but what they hold is.
+// A split's dividers are part of the split.
 bool isPrivate(const QWidget *view)
 {
-    return className(view).startsWith(u'_') || view->objectName().startsWith(u"qt_");
+    return className(view).startsWith(u'_') || view->objectName().startsWith(u"qt_")
+        || qobject_cast<const QSplitterHandle *>(view);
 }
 
-// Controls are leaves: their inner widgets are the control's own business.
+bool isEmbedded(const QWidget *view)
+{
+    const ViewAttachment *attached = ViewAttachments::find(view);
+    return attached && attached->embedded;
+}
+
+// Controls are leaves: their inner widgets are the control's own business, and so are those of
+// a widget embedded from elsewhere.
 bool holdsViews(const QWidget *view)
 {
+    if (isEmbedded(view))
+        return false;
     return qobject_cast<const Wall *>(view) || qobject_cast<const GridWall *>(view)
         || qobject_cast<const FragmentStackView *>(view)
         || qobject_cast<const QAbstractScrollArea *>(view) || qobject_cast<const ClipWall *>(view)
         || qobject_cast<const QTabWidget *>(view) || qobject_cast<const QStackedWidget *>(view)
-        || view->metaObject() == &QWidget::staticMetaObject || isPrivate(view);
+        || qobject_cast<const QSplitter *>(view) || view->metaObject() == &QWidget::staticMetaObject
+        || isPrivate(view);
 }
 
 bool isTransparent(const QWidget *view)
@@ -74,11 +87,17 @@ QLayout *placingQtLayout(QWidget *view)
     return parent->layout()->indexOf(view) >= 0 ? parent->layout() : nullptr;
 }
 
-bool isConstrainedIn(QWidget *view, QWidget *holder)
+// Constraints of the view on itself that a Qt layout cannot hold: only a required width or
+// height becomes a size limit that it respects.
+bool hasConstraintsBeyondSizeLimits(const QWidget *view)
 {
-    for (const LayoutConstraint &c : ConstraintLayout::constraintsOf(holder)) {
-        const bool selfSize = c.second.isNull() && c.first.view() == view;
-        if (!selfSize && (c.first.view() == view || c.second.view() == view))
+    const ViewAttachment *attached = ViewAttachments::find(view);
+    if (!attached)
+        return false;
+    for (const LayoutConstraint &c : attached->ownConstraints) {
+        const bool size = c.firstAttribute == LayoutAttribute::width
+            || c.firstAttribute == LayoutAttribute::height;
+        if (!size || c.priority < LayoutPriority::required)
             return true;
     }
     return false;
@@ -140,7 +159,7 @@ private:
     void checkTranslatesAutoresizingMask(QWidget *view, const QString &path)
     {
         QLayout *qtLayout = placingQtLayout(view);
-        if (!qtLayout || !isConstrainedIn(view, view->parentWidget()))
+        if (!qtLayout || !hasConstraintsBeyondSizeLimits(view))
             return;
         add(V::Severity::error, V::IssueKind::translatesAutoresizingMaskMisuse, view, path,
             frameOf(view),
@@ -212,8 +231,8 @@ private:
             const bool hasIntrinsicHeight = hint.height() > 0;
             const bool placedByQt = placingQtLayout(view) != nullptr
                 || qobject_cast<QAbstractScrollArea *>(parent)
-                || qobject_cast<QStackedWidget *>(parent) || isClipView(view)
-                || qobject_cast<QAbstractScrollArea *>(parent->parentWidget());
+                || qobject_cast<QStackedWidget *>(parent) || qobject_cast<QSplitter *>(parent)
+                || isClipView(view) || qobject_cast<QAbstractScrollArea *>(parent->parentWidget());
             const bool constrained = constraints && constraints->indexOf(view) >= 0;
             QStringList axes;
             if (!hasIntrinsicWidth && !placedByQt && !(constrained && !(ambiguous & Qt::Horizontal))
@@ -242,12 +261,13 @@ private:
 
 void BricksLayoutValidator::setExemptions(QWidget *view, ValidationExemptions exemptions)
 {
-    view->setProperty(ExemptionsProperty, int(exemptions));
+    ViewAttachments::of(view).validationExemptions = int(exemptions);
 }
 
 BricksLayoutValidator::ValidationExemptions BricksLayoutValidator::exemptions(const QWidget *view)
 {
-    return ValidationExemptions::fromInt(view->property(ExemptionsProperty).toInt());
+    const ViewAttachment *attached = ViewAttachments::find(view);
+    return ValidationExemptions::fromInt(attached ? attached->validationExemptions : 0);
 }
 
 QList<BricksLayoutValidator::Issue> BricksLayoutValidator::validate(QWidget *root, Phase phase)

@@ -1,8 +1,9 @@
 #include "TabWall.h"
 
 #include "Wall.h"
+#include "bricks/ViewAttachments.h"
 
-#include <QVariant>
+#include <QTabBar>
 
 TabWall::TabWall(QWidget *parent)
     : QTabWidget(parent)
@@ -12,7 +13,26 @@ TabWall::TabWall(QWidget *parent)
 
 void TabWall::adoptSubview(QWidget *child)
 {
-    const int index = addTab(child, child->property(tabTitleProperty).toString());
+    const ViewAttachment *attached = ViewAttachments::find(child);
+    const int index = addTab(child, attached ? attached->tabTitle : QString());
     if (auto *wall = qobject_cast<Wall *>(child))
         contentWallToTabViewItemDict.insert(wall, index);
+}
+
+// Without its bar the wall draws no frame either: the page stands flush in its place.
+void TabWall::setTabBarHidden(bool hidden)
+{
+    tabBar()->setVisible(!hidden);
+    setDocumentMode(hidden);
+}
+
+void TabWall::showTab(int index)
+{
+    if (index >= 0 && index < count())
+        setCurrentIndex(index);
+}
+
+void TabWall::setTabTitle(QWidget *page, const QString &title)
+{
+    ViewAttachments::of(page).tabTitle = title;
 }

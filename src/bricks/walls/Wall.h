@@ -10,8 +10,8 @@
 #include <optional>
 
 // The toolkit's container: paints its own background and any of its four borders, and runs its
-// bag of clean-up closures when it goes away. Its children are placed by the constraints
-// installed on it.
+// bag of clean-up closures when it goes away. Its children are placed by the constraints that
+// relate them, solved together with those of the walls around it that they reach.
 class Wall : public QWidget
 {
     Q_OBJECT

@@ -1,5 +1,7 @@
 #include "WallDirectives.h"
 
+#include "BriskSplitView.h"
+#include "BriskSplitViewDelegate.h"
 #include "FragmentStackView.h"
 #include "GridWall.h"
 #include "HideableFragmentWall.h"
@@ -8,6 +10,8 @@
 #include "Wall.h"
 #include "WallWithInstrinsicSize.h"
 #include "bricks/CodeBlockDecorator.h"
+#include "bricks/ViewAttachments.h"
+#include "bricks/controls/BrickBinding.h"
 
 #include <QGridLayout>
 
@@ -218,16 +222,66 @@ GridWall GridWall::spacing(int horizontal, int vertical) const
     });
 }
 
+namespace {
+class TabWallBinding : public ReadOnlyBinding<::TabWall, int>
+{
+public:
+    using ReadOnlyBinding::ReadOnlyBinding;
+
+protected:
+    Presenter presenter() const override
+    {
+        return [](::TabWall *tabs, const int &index) {
+            tabs->showTab(index);
+        };
+    }
+};
+} // namespace
+
 BuiltView TabWall::buildContainer() const
 {
-    return {new ::TabWall, std::make_shared<NullBinding>()};
+    auto *tabs = new ::TabWall;
+    if (!shownTab.isValid())
+        return {tabs, std::make_shared<NullBinding>()};
+    tabs->setTabBarHidden(true);
+    return {tabs, std::make_shared<TabWallBinding>(tabs, shownTab)};
+}
+
+TabWall TabWall::showingTab(AnyReadOnlyVariable<int> index) const
+{
+    TabWall copy = *this;
+    copy.shownTab = std::move(index);
+    return copy;
 }
 
 BuiltView Tab::buildContainer() const
 {
     auto *page = new ::Wall;
-    page->setProperty(::TabWall::tabTitleProperty, title);
+    ::TabWall::setTabTitle(page, title);
     return {page, std::make_shared<NullBinding>()};
+}
+
+BuiltView SplitView::buildContainer() const
+{
+    auto *split = new BriskSplitView(Qt::Vertical);
+    split->setDelegate(std::make_unique<BriskSplitViewDelegate>());
+    return {split, std::make_shared<NullBinding>()};
+}
+
+QString EmbeddedControl::description() const
+{
+    return embeddedControl
+        ? QStringLiteral("EmbeddedControl %1")
+              .arg(QString::fromLatin1(embeddedControl->metaObject()->className()))
+        : QStringLiteral("EmbeddedControl");
+}
+
+BuiltView EmbeddedControl::buildLeaf() const
+{
+    if (!embeddedControl)
+        qFatal("EmbeddedControl: the widget to embed no longer exists");
+    ViewAttachments::of(embeddedControl).embedded = true;
+    return {embeddedControl, std::make_shared<NullBinding>()};
 }
 
 BuiltView WallWithIntrinsicSize::buildContainer() const

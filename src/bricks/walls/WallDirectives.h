@@ -5,7 +5,6 @@
 #include "FragmentWall.h"
 #include "FragmentWallBinding.h"
 #include "bricks/BuildDirective.h"
-#include "commons/Log.h"
 
 #include <QMap>
 #include <QStringList>
@@ -118,7 +117,7 @@ public:
     QString description() const override { return QStringLiteral("DynamicFragmentWall"); }
     BuiltView buildContainer() const override
     {
-        Log::line(u"DynamicFragmentWall building container");
+        qCDebug(lcBricksBuild) << "DynamicFragmentWall building container";
         auto *wall = new ::FragmentWall;
         return {wall, std::make_shared<FragmentWallBinding<T>>(wall, variable, shouldHideClosure)};
     }
@@ -191,6 +190,9 @@ public:
     using ContainerDirective::ContainerDirective;
     QString description() const override { return QStringLiteral("TabWall"); }
     BuiltView buildContainer() const override;
+    // Shows the page that the variable names and hides the tab bar.
+    TabWall showingTab(AnyReadOnlyVariable<int> index) const;
+    AnyReadOnlyVariable<int> shownTab;
 };
 
 // One page of a TabWall.
@@ -218,7 +220,22 @@ public:
     QSize size;
 };
 
-// Wraps a view made elsewhere as a leaf of the description.
+// Panes one above the other, with dividers that follow the window's rules: the last pane is
+// the info pane, which alone collapses, keeps its height when the window's changes, and is
+// dragged between its minimum and maximum height.
+class SplitView : public ContainerDirective<SplitView>
+{
+public:
+    using ContainerDirective::ContainerDirective;
+    QString description() const override { return QStringLiteral("SplitView"); }
+    BuiltView buildContainer() const override;
+};
+
+// Places a widget made elsewhere (a table, a map, a preview) as a leaf of the description. It
+// takes part in its wall's constraints like any brick: its size hint is its intrinsic size,
+// held by priorities from its size policy, and recipes name it by tag or capture. What is
+// inside it stays its own: the layout validator looks at it only from outside. Building the
+// description again moves the widget to the new place.
 class EmbeddedControl
     : public LeafCreatingBuildDirective
     , public DirectiveModifiers<EmbeddedControl>
@@ -227,11 +244,8 @@ public:
     explicit EmbeddedControl(QWidget *embeddedControl)
         : embeddedControl(embeddedControl)
     { }
-    QString description() const override { return QStringLiteral("EmbeddedControl"); }
-    BuiltView buildLeaf() const override
-    {
-        return {embeddedControl, std::make_shared<NullBinding>()};
-    }
+    QString description() const override;
+    BuiltView buildLeaf() const override;
     QPointer<QWidget> embeddedControl;
 };
 

@@ -1,6 +1,7 @@
 #include "EditorStyle.h"
 
 #include "bricks/SymbolIcons.h"
+#include "bricks/layout/ConstraintLayout.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -83,6 +84,8 @@ void makeCaption(QLabel *label)
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     label->setProperty(captionProperty, true);
     label->setMinimumWidth(captionInset);
+    // The column's width and no more: the room left in a row goes to its fields and values.
+    ConstraintLayout::setContentHuggingPriority(label, LayoutPriority::defaultHigh, Qt::Horizontal);
 }
 
 void alignCaptionColumns(QWidget *root)

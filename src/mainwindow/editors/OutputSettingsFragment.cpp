@@ -181,6 +181,7 @@ B::FragmentWall OutputSettingsFragment::directive(DataModel &model,
             .tag(quote)
             .style<QWidget>([](QWidget *w) {
                 w->setToolTip(tr("Text values (JSON: member names) in double quotes"));
+                w->setAccessibleName(tr("Quote strings"));
             }),
         quote));
 
@@ -196,7 +197,9 @@ B::FragmentWall OutputSettingsFragment::directive(DataModel &model,
                 w->setAccessibleName(tr("Output format"));
             }),
         B::FragmentStack {settingRows}.tag(rows),
-        B::DynamicSingleLineLabel(AnyReadOnlyVariable<QString>(statusText)).tag(status),
+        B::DynamicSingleLineLabel(AnyReadOnlyVariable<QString>(statusText))
+            .tag(status)
+            .horizontalContentHuggingPriority(LayoutPriority::defaultLow),
         B::PushButton(tr("Copy Output"), nullptr)
             .tag(copy)
             .style<QAbstractButton>([](QAbstractButton *b) {

@@ -18,8 +18,10 @@ B::FragmentWall ProcessFragment::directive(DataModel &model)
         folders("processFoldersCheckBox"), subfolders("processSubFoldersCheckBox");
     const auto box = [](const QString &title, const std::shared_ptr<UserDefaultsVariable<bool>> &v,
                         const LayoutTag &tag, const QString &toolTip) {
-        return B::CheckBox(title, v).tag(tag).style<QWidget>(
-            [toolTip](QWidget *w) { w->setToolTip(toolTip); });
+        return B::CheckBox(title, v).tag(tag).style<QWidget>([title, toolTip](QWidget *w) {
+            w->setToolTip(toolTip);
+            w->setAccessibleName(tr("Process %1").arg(title.toLower()));
+        });
     };
 
     return B::FragmentWall {B::StaticLabel(tr("Process:")).tag(caption).style<QLabel>(&makeCaption),

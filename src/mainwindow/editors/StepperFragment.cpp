@@ -47,7 +47,9 @@ B::FragmentWall StepperFragment::directive(DataModel &model, PinAndStepperContro
             }),
         B::DynamicSingleLineLabel(AnyReadOnlyVariable<QString>(model._stepperLabel))
             .tag(label)
-            .truncateMiddle()}
+            .truncateMiddle()
+            // The label takes the room the row has left, not the popup.
+            .horizontalContentHuggingPriority(LayoutPriority::defaultLow)}
         .layout({pin(caption, D::left, horizontalMargin), after(mode, caption, columnSpacing),
                  after(previous, mode, columnSpacing), after(next, previous, buttonSpacing),
                  after(label, next, columnSpacing), pin(label, D::right, horizontalMargin),

@@ -1,0 +1,7 @@
+#include "MinimalPreviewTableViewController.h"
+
+void MinimalPreviewTableViewController::updateColumns()
+{
+    setColumns({QStringLiteral("name"), QStringLiteral("GPSDataAvailable"),
+                QStringLiteral("IPTCDataComplete")});
+}

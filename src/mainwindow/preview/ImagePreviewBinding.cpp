@@ -1,0 +1,14 @@
+#include "ImagePreviewBinding.h"
+
+#include "ImagePreviewView.h"
+
+Binding *ImagePreviewBinding::activate()
+{
+    if (!view)
+        return this;
+    if (pathsVariable)
+        view->bindPaths(pathsVariable);
+    if (selectionVariable)
+        view->bindSelection(selectionVariable);
+    return this;
+}
