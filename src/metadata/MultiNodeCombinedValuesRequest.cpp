@@ -37,6 +37,9 @@ void MultiNodeCombinedValuesRequest::start()
     }
     const std::shared_ptr<MultiNodeCombinedValuesRequest> self = shared_from_this();
     m_firstWaiting = -1;
+    // The same pass combines the values, so that a selection whose values are all there is not
+    // gone through a second time when its owner asks for them.
+    Combiner combiner;
     Node::visitDisplayStrings(nodes, 0, key,
                               [&](qsizetype index, const DisplayStringWrapper &value) {
                                   if (value.kind() == DisplayStringWrapper::Kind::Waiting) {
@@ -44,6 +47,8 @@ void MultiNodeCombinedValuesRequest::start()
                                           m_firstWaiting = index;
                                       nodes.at(index)->addDataObserver(self, key);
                                       m_observedNodes.append(nodes.at(index));
+                                  } else if (m_firstWaiting < 0) {
+                                      combiner.add(value);
                                   }
                                   return true;
                               });
@@ -51,6 +56,7 @@ void MultiNodeCombinedValuesRequest::start()
     if (m_firstWaiting >= 0)
         return;
     m_firstWaiting = nodes.size();
+    m_combinedAtStart = combiner.result();
     if (readyClosure)
         readyClosure();
     terminate();
@@ -87,35 +93,45 @@ void MultiNodeCombinedValuesRequest::terminate()
     m_observedNodes.clear();
 }
 
+void MultiNodeCombinedValuesRequest::Combiner::add(const DisplayStringWrapper &value)
+{
+    if (value.kind() == DisplayStringWrapper::Kind::NotPresent) {
+        m_result.someValuesMissing = true;
+        return;
+    }
+    // A set, so that a selection of many different values is not compared value by value.
+    if (!m_seen.contains(value.text())) {
+        m_seen.insert(value.text());
+        m_result.values.append(value.text());
+    }
+}
+
+CombinedValuesWrapper MultiNodeCombinedValuesRequest::Combiner::result() const
+{
+    if (m_result.values.isEmpty())
+        return CombinedValuesWrapper {CombinedValuesWrapper::Kind::NoValue, {}, false};
+    CombinedValuesWrapper result = m_result;
+    result.kind = result.values.size() == 1 ? CombinedValuesWrapper::Kind::SingleValue
+                                            : CombinedValuesWrapper::Kind::MultipleValues;
+    return result;
+}
+
 CombinedValuesWrapper MultiNodeCombinedValuesRequest::combinedDisplayStringWrapper(
     const QString &forKey) const
 {
-    CombinedValuesWrapper result;
+    if (m_combinedAtStart && forKey == key)
+        return *m_combinedAtStart;
+    Combiner combiner;
     bool waiting = false;
-    // A set, so that a selection of many different values is not compared value by value.
-    QSet<QString> seen;
     Node::visitDisplayStrings(nodes, 0, forKey, [&](qsizetype, const DisplayStringWrapper &value) {
-        switch (value.kind()) {
-        case DisplayStringWrapper::Kind::Waiting:
+        if (value.kind() == DisplayStringWrapper::Kind::Waiting) {
             waiting = true;
             return false;
-        case DisplayStringWrapper::Kind::NotPresent:
-            result.someValuesMissing = true;
-            break;
-        case DisplayStringWrapper::Kind::Present:
-            if (!seen.contains(value.text())) {
-                seen.insert(value.text());
-                result.values.append(value.text());
-            }
-            break;
         }
+        combiner.add(value);
         return true;
     });
     if (waiting)
         return CombinedValuesWrapper {CombinedValuesWrapper::Kind::Waiting, {}, false};
-    if (result.values.isEmpty())
-        return CombinedValuesWrapper {CombinedValuesWrapper::Kind::NoValue, {}, false};
-    result.kind = result.values.size() == 1 ? CombinedValuesWrapper::Kind::SingleValue
-                                            : CombinedValuesWrapper::Kind::MultipleValues;
-    return result;
+    return combiner.result();
 }
