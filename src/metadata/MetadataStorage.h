@@ -62,6 +62,12 @@ public:
                                                               const QString &key,
                                                               const QString &readKey,
                                                               MetadataSource source);
+    // getWrappedValueIfRead for many paths in one visit to the store, in the paths' order: a
+    // large selection is looked up without a round through the queue for every file.
+    QList<std::optional<WrappedMetaDataValue>> getWrappedValuesIfRead(const QStringList &paths,
+                                                                      const QString &key,
+                                                                      const QString &readKey,
+                                                                      MetadataSource source);
     // The string of the first source in preferredSourceOrder that has one.
     std::optional<QString> getPreferredStringValue(const QString &fullPath, const QString &key);
     // In no particular order; empty for an unknown path.
