@@ -244,6 +244,7 @@ int GeotagController::apply()
     struct Tally
     {
         int outstanding = 0;
+        int total = 0;
         int written = 0;
         int failed = 0;
     };
@@ -267,12 +268,17 @@ int GeotagController::apply()
                      if (--targetsLeft->first > 0)
                          return;
                      ++(targetsLeft->second ? tally->written : tally->failed);
-                     if (--tally->outstanding == 0 && !alive.expired() && m_view)
+                     const bool last = --tally->outstanding == 0;
+                     if (alive.expired() || !m_view)
+                         return;
+                     m_view->geotagApplyProgress(tally->written + tally->failed, tally->total);
+                     if (last)
                          m_view->geotagApplyFinished(tally->written, tally->failed);
                  }});
         }
     }
     const int sent = tally->outstanding;
+    tally->total = sent;
     if (sent > 0)
         sink.flushImmediately();
     return sent;

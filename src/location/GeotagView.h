@@ -14,6 +14,8 @@ public:
     virtual void geotagPreviewChanged() = 0;
     // A track could not be loaded, or the worker failed: a short message for the user.
     virtual void geotagFailed(const QString &message) = 0;
+    // One more file of an apply has all of its writes behind it (written or failed).
+    virtual void geotagApplyProgress(int /*finished*/, int /*total*/) { }
     // Every write of an apply has ended; failures were shown in the write engine's one alert.
     virtual void geotagApplyFinished(int written, int failed) = 0;
 };

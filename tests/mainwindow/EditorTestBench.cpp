@@ -22,6 +22,26 @@ void EditorTestBench::setUpOnce()
     ApplicationStart::installWritePath();
 }
 
+QPalette EditorTestBench::darkPalette()
+{
+    QPalette p;
+    const QColor text(232, 232, 232);
+    p.setColor(QPalette::Window, QColor(38, 38, 40));
+    p.setColor(QPalette::Base, QColor(28, 28, 30));
+    p.setColor(QPalette::AlternateBase, QColor(46, 46, 48));
+    p.setColor(QPalette::Button, QColor(58, 58, 60));
+    p.setColor(QPalette::Highlight, QColor(10, 95, 200));
+    p.setColor(QPalette::HighlightedText, Qt::white);
+    p.setColor(QPalette::PlaceholderText, QColor(140, 140, 145));
+    p.setColor(QPalette::ToolTipBase, QColor(58, 58, 60));
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+        p.setColor(role, text);
+        p.setColor(QPalette::Disabled, role, QColor(118, 118, 122));
+    }
+    return p;
+}
+
 EditorTestBench::EditorTestBench()
     : m_model(std::make_unique<DataModel>())
 {

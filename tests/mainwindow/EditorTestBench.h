@@ -5,6 +5,7 @@
 #include "platform/Beeper.h"
 #include "session/Node.h"
 
+#include <QPalette>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -29,6 +30,8 @@ public:
 
     // Once per test program, before anything reads the preferences or a file.
     static void setUpOnce();
+    // A dark theme's palette, for screenshots and colour checks in both themes.
+    static QPalette darkPalette();
 
     EditorTestBench();
     ~EditorTestBench();

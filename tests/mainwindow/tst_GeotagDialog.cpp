@@ -1,0 +1,168 @@
+#include "EditorTestBench.h"
+#include "Fixtures.h"
+#include "TestSupport.h"
+#include "bricks/controls/SmartTextField.h"
+#include "mainwindow/GeotagDialog.h"
+
+#include <QAbstractItemModel>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// One segment from 08:00 to 08:20 UTC, a fix every ten minutes.
+const QByteArray track
+    = "<?xml version='1.0' encoding='UTF-8'?>\n"
+      "<gpx version='1.1' creator='tests' xmlns='http://www.topografix.com/GPX/1/1'><trk><trkseg>\n"
+      "<trkpt lat='48.0' lon='2.0'><time>2024-05-01T08:00:00Z</time></trkpt>\n"
+      "<trkpt lat='48.1' lon='2.1'><time>2024-05-01T08:10:00Z</time></trkpt>\n"
+      "<trkpt lat='48.2' lon='2.2'><time>2024-05-01T08:20:00Z</time></trkpt>\n"
+      "</trkseg></trk></gpx>\n";
+
+// Answers the next file dialog with path, typed into its name field as a user does.
+void answerFileDialog(QObject *context, const QString &path)
+{
+    QTimer::singleShot(200, context, [path] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        auto *name = dialog ? dialog->findChild<QLineEdit *>(u"fileNameEdit"_s) : nullptr;
+        if (!name)
+            return;
+        name->setText(path);
+        static_cast<QDialog *>(dialog)->accept();
+    });
+}
+
+QStringList column(const QTableView *table, int column)
+{
+    QStringList texts;
+    for (int row = 0; row < table->model()->rowCount(); ++row)
+        texts << table->model()->index(row, column).data().toString();
+    return texts;
+}
+
+} // namespace
+
+class tst_GeotagDialog : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { EditorTestBench::setUpOnce(); }
+    void malformedTrackIsExplained();
+    void previewThenApplyWritesThePositions();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void tst_GeotagDialog::malformedTrackIsExplained()
+{
+    EditorTestBench bench;
+    const NodePtr photo
+        = bench.readJpeg(u"photo.jpg"_s, {u"-DateTimeOriginal=2024:05:01 08:05:00"_s});
+    QVERIFY(photo);
+    const QString broken = Fixtures::makeFile(
+        m_dir.path(), u"broken.gpx"_s, "<?xml version=\"1.0\"?>\n<gpx><trk><trkseg><trkpt la");
+    QPointer<GeotagDialog> dialog = GeotagDialog::run(nullptr, {photo});
+    QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog));
+    auto *error = dialog->findChild<QLabel *>(u"geotagError"_s);
+    auto *apply = dialog->findChild<QPushButton *>(u"geotagApplyButton"_s);
+
+    answerFileDialog(this, broken);
+    QTest::mouseClick(dialog->findChild<QWidget *>(u"geotagChooseButton"_s), Qt::LeftButton);
+    QVERIFY(TestSupport::waitUntil([&] { return error->isVisible(); }, 60000));
+    QVERIFY2(error->text().startsWith(u"The track could not be read. broken.gpx: "_s),
+             qPrintable(error->text()));
+    QVERIFY(!apply->isEnabled());
+
+    // A clock offset that is no time says so, and keeps Apply off.
+    auto *clock = dialog->findChild<SmartTextField *>(u"geotagClockOffset"_s);
+    clock->selectAll();
+    QTest::keyClicks(clock, u"five"_s);
+    QVERIFY(error->text().contains(u"\"five\""_s));
+    QTest::keyClick(dialog, Qt::Key_Escape);
+    QVERIFY(TestSupport::waitUntil([&] { return !dialog; }));
+}
+
+void tst_GeotagDialog::previewThenApplyWritesThePositions()
+{
+    EditorTestBench bench;
+    const QString trackPath = Fixtures::makeFile(m_dir.path(), u"walk.gpx"_s, track);
+    // Taken by a camera 5 minutes fast, in UTC: 08:10 and 08:20 are 08:05 and 08:15 on the track.
+    const QStringList utc {u"-OffsetTimeOriginal=+00:00"_s};
+    const QList<NodePtr> nodes {
+        bench.readJpeg(u"early.jpg"_s,
+                       QStringList {u"-DateTimeOriginal=2024:05:01 07:00:00"_s} + utc),
+        bench.readJpeg(u"first.jpg"_s,
+                       QStringList {u"-DateTimeOriginal=2024:05:01 08:10:00"_s} + utc),
+        bench.readJpeg(u"second.jpg"_s,
+                       QStringList {u"-DateTimeOriginal=2024:05:01 08:20:00"_s} + utc)};
+    for (const NodePtr &node : nodes)
+        QVERIFY(node);
+
+    QPointer<GeotagDialog> dialog = GeotagDialog::run(nullptr, nodes);
+    QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog));
+    auto *table = dialog->findChild<QTableView *>(u"geotagList"_s);
+    auto *apply = dialog->findChild<QPushButton *>(u"geotagApplyButton"_s);
+    auto *summary = dialog->findChild<QLabel *>(u"geotagSummary"_s);
+    QCOMPARE(table->model()->rowCount(), 3);
+    QVERIFY(!apply->isEnabled());
+
+    auto *clock = dialog->findChild<SmartTextField *>(u"geotagClockOffset"_s);
+    clock->setFocus();
+    clock->selectAll();
+    QTest::keyClicks(clock, u"5:00"_s);
+    QCOMPARE(dialog->controller().cameraClockOffsetSeconds(), 300.0);
+
+    answerFileDialog(this, trackPath);
+    QTest::mouseClick(dialog->findChild<QWidget *>(u"geotagChooseButton"_s), Qt::LeftButton);
+    QVERIFY(TestSupport::waitUntil([&] { return apply->isEnabled(); }, 60000));
+    QCOMPARE(summary->text(), u"2 of 3 files would be placed; 1 is left outside the track."_s);
+    QCOMPARE(column(table, GeotagDialog::positionColumn),
+             (QStringList {u"before the track"_s, u"+48.050000, +2.050000"_s,
+                           u"+48.150000, +2.150000"_s}));
+
+    // The list of files left outside.
+    QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
+    QCOMPARE(column(table, GeotagDialog::positionColumn), QStringList {u"before the track"_s});
+
+    const QString folder = qEnvironmentVariable("PALOMET_SCREENSHOTS",
+                                                QDir::temp().filePath(u"palomet-screenshots"_s));
+    QDir().mkpath(folder);
+    const QPalette light = QApplication::palette();
+    QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
+    for (const QString &theme : {u"light"_s, u"dark"_s}) {
+        QApplication::setPalette(theme == u"dark"_s ? EditorTestBench::darkPalette() : light);
+        QTest::qWait(50);
+        QVERIFY(dialog->grab().save(QDir(folder).filePath(u"geotag-dialog-%1.png"_s.arg(theme))));
+    }
+    QApplication::setPalette(light);
+
+    QTest::mouseClick(apply, Qt::LeftButton);
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return summary->text() == u"2 files geotagged, 0 failed."_s; }, 60000));
+    QVERIFY(bench.waitForWrites());
+    QCOMPARE(dialog->findChild<QPushButton *>(u"geotagCloseButton"_s)->text(), u"Close"_s);
+    QVERIFY(!apply->isEnabled());
+
+    QCOMPARE(EditorTestBench::tagInFile(nodes[0]->absolutePath, u"GPSLatitude"_s), QString());
+    QCOMPARE(EditorTestBench::tagInFile(nodes[1]->absolutePath, u"GPSLatitude"_s), u"48.05"_s);
+    QCOMPARE(EditorTestBench::tagInFile(nodes[1]->absolutePath, u"GPSLongitude"_s), u"2.05"_s);
+    QCOMPARE(EditorTestBench::tagInFile(nodes[2]->absolutePath, u"GPSLatitude"_s), u"48.15"_s);
+    QVERIFY(bench.alerts.alerts.isEmpty());
+    dialog->close();
+}
+
+QTEST_MAIN(tst_GeotagDialog)
+#include "tst_GeotagDialog.moc"
