@@ -102,10 +102,7 @@ GeotagDialog::GeotagDialog(const QList<NodePtr> &files, QWidget *parent)
     m_table->setWordWrap(false);
     m_table->verticalHeader()->hide();
     m_table->horizontalHeader()->setSectionResizeMode(fileColumn, QHeaderView::Stretch);
-    m_table->horizontalHeader()->setSectionResizeMode(captureTimeColumn,
-                                                      QHeaderView::ResizeToContents);
-    m_table->horizontalHeader()->setSectionResizeMode(positionColumn,
-                                                      QHeaderView::ResizeToContents);
+    m_table->horizontalHeader()->setStretchLastSection(false);
     m_table->setToolTip(tr("Where each file would be placed, or why it stays where it is"));
     layout->addWidget(m_table, 1);
 
@@ -216,6 +213,8 @@ QWidget *GeotagDialog::buildOptions()
         optionRow(u"geotagExtrapolation"_s, tr("Past the ends:"), ends,
                   {B::IntegerInputField(m_extrapolationMinutes)
                        .tag(ends)
+                       .style<SmartTextField>(
+                           [](SmartTextField *field) { field->setPlaceholderText(u"0"_s); })
                        .style<QWidget>(tip(tr("How long before the track's first fix or after "
                                               "its last one a file still takes that fix"))),
                    B::StaticLabel(tr("minutes")).tag(endsUnit)},
@@ -377,6 +376,9 @@ void GeotagDialog::fillList()
     }
     for (const QList<QStandardItem *> &row : rows)
         m_model->appendRow(row);
+    // The time and the position are read whole; the file's name takes what is left.
+    m_table->resizeColumnToContents(captureTimeColumn);
+    m_table->resizeColumnToContents(positionColumn);
 }
 
 void GeotagDialog::updateState()

@@ -15,6 +15,7 @@
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
+using Format = OutputFormatIndexEnum;
 
 class tst_OutputSettingsFragment : public QObject
 {
@@ -29,7 +30,9 @@ void tst_OutputSettingsFragment::settingsFollowTheFormatAndTheTextIsSaved()
 {
     EditorTestBench bench;
     QTemporaryDir folder;
-    const NodePtr listed = bench.readJpeg(u"listed.jpg"_s);
+    const NodePtr listed = bench.readJpeg(u"listed.jpg"_s,
+                                          {u"-GPSLatitude=48.5"_s, u"-GPSLatitudeRef=N"_s,
+                                           u"-GPSLongitude=2.25"_s, u"-GPSLongitudeRef=E"_s});
     QVERIFY(listed);
     DataModel &model = bench.model();
     model.sourceList.deleteAll();
@@ -66,25 +69,47 @@ void tst_OutputSettingsFragment::settingsFollowTheFormatAndTheTextIsSaved()
     QCOMPARE(status->stringValue(), u"The text of 1 item is ready."_s);
 
     // The dialog proposes the format's type; a name without one gets it.
-    QString proposed;
-    const QString target = folder.filePath(u"items"_s);
-    QTimer::singleShot(200, this, [&] {
-        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        proposed = dialog->selectedFiles().value(0);
-        // Typed into the name field, as a user does.
-        auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
-        if (!name)
-            return;
-        name->setText(target);
-        static_cast<QDialog *>(dialog)->accept();
-    });
-    QTest::mouseClick(save, Qt::LeftButton);
-    QCOMPARE(QFileInfo(proposed).fileName(), u"File List.tsv"_s);
-    QFile saved(target + u".tsv"_s);
+    const auto saveAs = [&](const QString &target) {
+        QString proposed;
+        QTimer::singleShot(200, this, [&] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            proposed = dialog->selectedFiles().value(0);
+            // Typed into the name field, as a user does.
+            auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            if (!name)
+                return;
+            name->setText(target);
+            static_cast<QDialog *>(dialog)->accept();
+        });
+        QTest::mouseClick(save, Qt::LeftButton);
+        return QFileInfo(proposed).fileName();
+    };
+    QCOMPARE(saveAs(folder.filePath(u"items"_s)), u"File List.tsv"_s);
+    QFile saved(folder.filePath(u"items.tsv"_s));
     QVERIFY(saved.open(QIODevice::ReadOnly));
     QVERIFY(saved.readAll().startsWith("\"1-listed.jpg\"\t"));
+
+    // The two map formats, last in the popup, save the item's position.
+    QTest::keyClick(format, Qt::Key_End);
+    for (const auto &[key, root] :
+         {std::pair {Format::GPX, "<gpx"}, std::pair {Format::KML, "<kml"}}) {
+        QCOMPARE(model.outputFormat->value(), key);
+        // The button may still stand for the earlier format's text until the engine has the new.
+        QVERIFY(TestSupport::waitUntil([&, key] {
+            const auto output = engine->currentOutput();
+            return output && output->format == key && save->isEnabled();
+        }));
+        const QString type = key == Format::KML ? u"kml"_s : u"gpx"_s;
+        QCOMPARE(saveAs(folder.filePath(u"places"_s)), u"File List."_s + type);
+        QFile placed(folder.filePath(u"places."_s + type));
+        QVERIFY(placed.open(QIODevice::ReadOnly));
+        const QByteArray text = placed.readAll();
+        QVERIFY2(text.contains(root) && text.contains("48.5") && text.contains("2.25"),
+                 text.constData());
+        QTest::keyClick(format, Qt::Key_Up);
+    }
     QVERIFY(bench.alerts.alerts.isEmpty());
     model.sourceList.deleteAll();
 }

@@ -30,6 +30,8 @@ QList<std::pair<QString, Format>> formatTitles()
         {OutputSettingsFragment::tr("HTML for an editor (copy)"), Format::CopyToHTML},
         {OutputSettingsFragment::tr("Tab-separated for a spreadsheet (copy)"), Format::CopyToExcel},
         {OutputSettingsFragment::tr("JSON"), Format::JSON},
+        {OutputSettingsFragment::tr("KML placemarks"), Format::KML},
+        {OutputSettingsFragment::tr("GPX waypoints"), Format::GPX},
     };
 }
 
