@@ -221,14 +221,12 @@ QWidget *GeotagDialog::buildOptions()
                   {fieldWidth(ends), after(endsUnit, ends, columnSpacing),
                    ContainerBound::atLeast(endsUnit, D::right, horizontalMargin)},
                   {endsUnit}),
-        B::Wall {B::CheckBox(tr("Only the files left outside the track"), m_onlyOutside)
-                     .tag(outside)
-                     .style<QWidget>(tip(tr("List only the files that would get no position, "
-                                            "with the reason")))}
-            .tag(LayoutTag(u"geotagOnlyOutsideRow"_s))
-            .layout({pin(outside, D::left, horizontalMargin + captionInset + columnSpacing),
-                     ContainerBound::atLeast(outside, D::right, horizontalMargin),
-                     rowWithin({outside}, rowSpacing / 2)}),
+        optionRow(u"geotagOnlyOutside"_s, QString(), outside,
+                  {B::CheckBox(tr("Only the files left outside the track"), m_onlyOutside)
+                       .tag(outside)
+                       .style<QWidget>(tip(tr("List only the files that would get no position, "
+                                              "with the reason")))},
+                  {ContainerBound::atLeast(outside, D::right, horizontalMargin)}, {}),
     };
     m_assembly = build({B::FragmentStack {rows}.code(CodeExecutionPhase::prepare,
                                                      [](QWidget *view, Binding *, Assembly *) {

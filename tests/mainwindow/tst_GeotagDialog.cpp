@@ -3,6 +3,8 @@
 #include "TestSupport.h"
 #include "bricks/controls/SmartTextField.h"
 #include "mainwindow/GeotagDialog.h"
+#include "mainwindow/editors/GPSLocationFragment.h"
+#include "session/DataModel.h"
 
 #include <QAbstractItemModel>
 #include <QApplication>
@@ -43,6 +45,14 @@ void answerFileDialog(QObject *context, const QString &path)
     });
 }
 
+QDir screenshotFolder()
+{
+    const QString folder = qEnvironmentVariable("PALOMET_SCREENSHOTS",
+                                                QDir::temp().filePath(u"palomet-screenshots"_s));
+    QDir().mkpath(folder);
+    return QDir(folder);
+}
+
 QStringList column(const QTableView *table, int column)
 {
     QStringList texts;
@@ -74,8 +84,17 @@ void tst_GeotagDialog::malformedTrackIsExplained()
     QVERIFY(photo);
     const QString broken = Fixtures::makeFile(
         m_dir.path(), u"broken.gpx"_s, "<?xml version=\"1.0\"?>\n<gpx><trk><trkseg><trkpt la");
-    QPointer<GeotagDialog> dialog = GeotagDialog::run(nullptr, {photo});
+    // Opened from the GPS editor's button, for the files the window hands it.
+    QPointer<GeotagDialog> dialog;
+    QWidget *editor
+        = bench.show(GPSLocationFragment::directive(*bench.model().gpsCoordinateComponent, [&] {
+              dialog = GeotagDialog::run(bench.view<QWidget>(u"gpsLocationFragment"_s), {photo});
+          }));
+    QVERIFY(editor);
+    QVERIFY(editor->grab().save(screenshotFolder().filePath(u"geotag-gps-editor.png"_s)));
+    QTest::mouseClick(bench.view<QWidget>(u"geotagFromTrackButton"_s), Qt::LeftButton);
     QVERIFY(dialog && QTest::qWaitForWindowExposed(dialog));
+    QCOMPARE(dialog->controller().files(), QList<NodePtr> {photo});
     auto *error = dialog->findChild<QLabel *>(u"geotagError"_s);
     auto *apply = dialog->findChild<QPushButton *>(u"geotagApplyButton"_s);
 
@@ -137,15 +156,13 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
     QCOMPARE(column(table, GeotagDialog::positionColumn), QStringList {u"before the track"_s});
 
-    const QString folder = qEnvironmentVariable("PALOMET_SCREENSHOTS",
-                                                QDir::temp().filePath(u"palomet-screenshots"_s));
-    QDir().mkpath(folder);
     const QPalette light = QApplication::palette();
     QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
     for (const QString &theme : {u"light"_s, u"dark"_s}) {
         QApplication::setPalette(theme == u"dark"_s ? EditorTestBench::darkPalette() : light);
         QTest::qWait(50);
-        QVERIFY(dialog->grab().save(QDir(folder).filePath(u"geotag-dialog-%1.png"_s.arg(theme))));
+        QVERIFY(
+            dialog->grab().save(screenshotFolder().filePath(u"geotag-dialog-%1.png"_s.arg(theme))));
     }
     QApplication::setPalette(light);
 

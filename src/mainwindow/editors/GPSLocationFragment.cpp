@@ -30,7 +30,8 @@ B::UnboundTextField innerField(const LayoutTag &tag, const QString &toolTip)
 
 } // namespace
 
-B::FragmentWall GPSLocationFragment::directive(GPSCoordinateComponent &component)
+B::FragmentWall GPSLocationFragment::directive(GPSCoordinateComponent &component,
+                                               std::function<void()> geotagFromTrack)
 {
     using namespace EditorStyle;
     const LayoutTag caption("gpsLocationLabel"), latitude("latitudeField"),
@@ -39,7 +40,8 @@ B::FragmentWall GPSLocationFragment::directive(GPSCoordinateComponent &component
         longitudeInner("longitudeFieldInner"), longitudeSign("longitudeSign"),
         longitudeRef("longitudeRef"), dms("coordinateDMSLabel"), dmm("coordinateDMMLabel"),
         copyDMS("copyDMSButton"), copyDMM("copyDMMButton"), apply("applyButton"),
-        addFlag("addFlagButton"), reset("resetButton"), divider("divider");
+        addFlag("addFlagButton"), reset("resetButton"), geotag("geotagFromTrackButton"),
+        divider("divider");
     GPSCoordinateComponent *c = &component;
     const QString fieldHelp
         = tr("Decimal degrees, degrees and minutes, or degrees, minutes and seconds. A pair "
@@ -86,6 +88,16 @@ B::FragmentWall GPSLocationFragment::directive(GPSCoordinateComponent &component
                 makeIconButton(button, u"arrow.triangle.2.circlepath",
                                tr("Show the position stored in the files again"), tr("refresh"));
             }),
+        geotagFromTrack ? BuildDirectiveList {B::PushButton(QString(), geotagFromTrack)
+                                                  .tag(geotag)
+                                                  .style<QAbstractButton>([](QAbstractButton *b) {
+                                                      makeIconButton(b,
+                                                                     u"point.topleft.down.to.point."
+                                                                     u"bottomright.curvepath",
+                                                                     tr("Geotag from Track…"),
+                                                                     tr("geotag from track"));
+                                                  })}
+                        : BuildDirectiveList {},
         B::HorizontalDivider().tag(divider)}
         .layout({pin(caption, D::left, horizontalMargin),
                  pin(latitude, D::top, verticalMargin),
@@ -110,7 +122,10 @@ B::FragmentWall GPSLocationFragment::directive(GPSCoordinateComponent &component
                  below(divider, copyDMM, verticalMargin),
                  pin(divider, D::left),
                  pin(divider, D::right),
-                 pin(divider, D::bottom)})
+                 pin(divider, D::bottom),
+                 geotagFromTrack ? LayoutDirectiveList {sameFlushRight({reset, geotag}),
+                                                        sameCenterY({copyDMS, geotag})}
+                                 : LayoutDirectiveList {}})
         .code(CodeExecutionPhase::prepare, [c](QWidget *view, Binding *, Assembly *) {
             view->setObjectName(QStringLiteral("gpsLocationFragment"));
             new GPSLocationFragment(*c, view);

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
 class CoordinateFieldWall;
 class GPSCoordinateComponent;
 class QAbstractButton;
@@ -21,8 +23,11 @@ class GPSLocationFragment : public QObject
 
 public:
     // The fragment for a parameter stack. Activating the built assembly connects it to the
-    // component; it then follows the component for as long as the views exist.
-    static BuildDirectivesNamespace::FragmentWall directive(GPSCoordinateComponent &component);
+    // component; it then follows the component for as long as the views exist. With
+    // geotagFromTrack, a button under the add-pin button runs it ("Geotag from Track…").
+    static BuildDirectivesNamespace::FragmentWall directive(GPSCoordinateComponent &component,
+                                                            std::function<void()> geotagFromTrack
+                                                            = {});
 
     // Made by the activation, as a child of the built fragment.
     GPSLocationFragment(GPSCoordinateComponent &component, QWidget *fragment);

@@ -14,13 +14,14 @@
 namespace B = BuildDirectivesNamespace;
 
 BuildDirectiveList ParameterSide::fragments(DataModel &model, std::shared_ptr<OutputEngine> engine,
-                                            PinAndStepperController &controller)
+                                            PinAndStepperController &controller,
+                                            std::function<void()> geotagFromTrack)
 {
     BuildDirectiveList list {
         ProcessFragment::directive(model),
         SortingFragment::directive(model),
         StepperFragment::directive(model, controller),
-        GPSLocationFragment::directive(*model.gpsCoordinateComponent),
+        GPSLocationFragment::directive(*model.gpsCoordinateComponent, std::move(geotagFromTrack)),
     };
     for (IPTCLocationComponent *component :
          {model.sublocationComponent.get(), model.cityComponent.get(), model.regionComponent.get(),
@@ -33,10 +34,12 @@ BuildDirectiveList ParameterSide::fragments(DataModel &model, std::shared_ptr<Ou
 }
 
 BuildDirectiveList ParameterSide::directive(DataModel &model, std::shared_ptr<OutputEngine> engine,
-                                            PinAndStepperController &controller)
+                                            PinAndStepperController &controller,
+                                            std::function<void()> geotagFromTrack)
 {
-    return B::FragmentStack {fragments(model, std::move(engine), controller)}.code(
-        CodeExecutionPhase::prepare, [](QWidget *view, Binding *, Assembly *) {
+    return B::FragmentStack {
+        fragments(model, std::move(engine), controller, std::move(geotagFromTrack))}
+        .code(CodeExecutionPhase::prepare, [](QWidget *view, Binding *, Assembly *) {
             view->setObjectName(QStringLiteral("parameterStackView"));
             EditorStyle::alignCaptionColumns(view);
         });

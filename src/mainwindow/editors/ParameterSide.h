@@ -2,6 +2,7 @@
 
 #include "bricks/BuildDirective.h"
 
+#include <functional>
 #include <memory>
 
 class DataModel;
@@ -15,8 +16,11 @@ class PinAndStepperController;
 class ParameterSide
 {
 public:
+    // geotagFromTrack, when given, is the GPS editor's "Geotag from Track…" button.
     static BuildDirectiveList fragments(DataModel &model, std::shared_ptr<OutputEngine> engine,
-                                        PinAndStepperController &controller);
+                                        PinAndStepperController &controller,
+                                        std::function<void()> geotagFromTrack = {});
     static BuildDirectiveList directive(DataModel &model, std::shared_ptr<OutputEngine> engine,
-                                        PinAndStepperController &controller);
+                                        PinAndStepperController &controller,
+                                        std::function<void()> geotagFromTrack = {});
 };
