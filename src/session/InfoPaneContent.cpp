@@ -52,8 +52,13 @@ bool InfoPaneContent::isXMPColumn(const QString &columnID)
 
 bool InfoPaneContent::computeXMPBlockVisible(const QList<NodePtr> &nodes)
 {
+    // The sidecar's values are XMP too; they show with the embedded ones.
     for (const NodePtr &node : nodes) {
-        if (flagIsSet(*node, u"XMPPresent"_s))
+        if (flagIsSet(*node, u"XMPPresent"_s)
+            || MetadataStorage::shared()
+                   .getStringValue(node->absolutePath, u"SidecarName"_s,
+                                   MetadataSource::ExifToolGeneric)
+                   .has_value())
             return true;
     }
     return false;

@@ -22,7 +22,7 @@ std::optional<TagManager::DescriptiveTagSpace> descriptiveTagSpace(int category)
 QStringList effectiveColumnIDs(int category, bool xmpBlockVisible);
 bool isXMPColumn(const QString &columnID);
 
-// True when a node of the selection has an XMP packet.
+// True when a node of the selection has an XMP packet or an XMP sidecar.
 bool computeXMPBlockVisible(const QList<NodePtr> &nodes);
 
 // Absent while a node is still waiting: the cell keeps its placeholder.
