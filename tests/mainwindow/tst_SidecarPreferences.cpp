@@ -1,7 +1,7 @@
 #include "TestSupport.h"
 #include "WriteFixtures.h"
 
-#include "SidecarPreferences.h"
+#include "mainwindow/SidecarPreferences.h"
 #include "metadata/DataCoordinator.h"
 #include "metadata/SidecarFiles.h"
 #include "session/Node.h"

@@ -2,7 +2,7 @@
 #include "TestSupport.h"
 #include "WriteFixtures.h"
 
-#include "UndoActions.h"
+#include "mainwindow/UndoActions.h"
 #include "metadata/DataCoordinator.h"
 #include "session/Node.h"
 #include "writing/UndoJournal.h"
