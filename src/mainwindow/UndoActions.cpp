@@ -47,8 +47,9 @@ UndoActions::UndoActions(UndoManager &manager, QObject *parent)
     // Ctrl+Shift+Z redoes on every desktop, beside whatever else the platform's theme binds.
     QList<QKeySequence> redoKeys = QKeySequence::keyBindings(QKeySequence::Redo);
     const QKeySequence shiftZ(Qt::CTRL | Qt::SHIFT | Qt::Key_Z);
-    if (!redoKeys.contains(shiftZ))
-        redoKeys.prepend(shiftZ);
+    // First, so that the menu shows it.
+    redoKeys.removeAll(shiftZ);
+    redoKeys.prepend(shiftZ);
     bind(m_undo, QStringLiteral("undo"), QKeySequence::keyBindings(QKeySequence::Undo),
          manager.undoTitle(), manager.canUndo(), [&manager] { manager.undo(); });
     bind(m_redo, QStringLiteral("redo"), redoKeys, manager.redoTitle(), manager.canRedo(),
