@@ -217,7 +217,8 @@ ExifToolHelper::GPSStatusDecision ExifToolHelper::decideGPSStatus(QStringView fi
         else if (present > 0)
             decision = {Incomplete, false};
     }
-    if (flagIsSet(valueOf, u"GPSDivergent"_s))
+    // The XMP copy or the sidecar disagrees with the file's position.
+    if (flagIsSet(valueOf, u"GPSDivergent"_s) || flagIsSet(valueOf, u"SidecarGPSDivergent"_s))
         decision.status = Divergent;
     return decision;
 }
@@ -235,8 +236,10 @@ ExifToolHelper::LocationStatus ExifToolHelper::decideIPTCStatus(const KeyLookup 
         status = Complete;
     else if (city || country || state || sublocation)
         status = Incomplete;
-    for (const QString &flag : {u"CityDivergent"_s, u"CountryDivergent"_s, u"StateDivergent"_s,
-                                u"SublocationDivergent"_s}) {
+    for (const QString &flag :
+         {u"CityDivergent"_s, u"CountryDivergent"_s, u"StateDivergent"_s, u"SublocationDivergent"_s,
+          u"SidecarCityDivergent"_s, u"SidecarCountryDivergent"_s, u"SidecarStateDivergent"_s,
+          u"SidecarSublocationDivergent"_s}) {
         if (flagIsSet(valueOf, flag))
             return Divergent;
     }

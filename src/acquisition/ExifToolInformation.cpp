@@ -1,6 +1,7 @@
 #include "ExifToolInformation.h"
 
 #include "ExifToolHelper.h"
+#include "SidecarInformation.h"
 #include "map/MediaFileMarkers.h"
 #include "metadata/MetadataStorage.h"
 #include "session/Node.h"
@@ -17,12 +18,14 @@ void retrieveInformation(const Node &node)
 
     // The only caller, so the worker always runs with the geolocation feature on.
     ExifToolHelper::sharedInstance().obtainMetaDataFor(path, true);
+    const QString extension = QFileInfo(path).suffix();
+    // The sidecar's values stand in before the statuses are decided from the file's.
+    SidecarInformation::storeSidecarValues(path, ExifToolHelper::isQuickTimeFamily(extension));
     storage.store(path, generic, QStringLiteral("retrieved"), true);
 
     const ExifToolHelper::KeyLookup valueOf = [&](const QString &key) {
         return storage.getStringValue(path, key, generic);
     };
-    const QString extension = QFileInfo(path).suffix();
     const ExifToolHelper::GPSStatusDecision gps
         = ExifToolHelper::decideGPSStatus(extension, valueOf);
     if (gps.addsMarker) {

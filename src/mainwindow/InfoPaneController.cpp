@@ -112,8 +112,10 @@ bool InfoPaneController::eventFilter(QObject *watched, QEvent *event)
 
 QStringList InfoPaneController::effectiveColumnIDs() const
 {
-    return InfoPaneContent::effectiveColumnIDs(dataModel.infoPaneCategory->value(),
-                                               xmpBlockVisible);
+    // The sidecar's rows only for a selection with a sidecar, not for every XMP packet.
+    return InfoPaneContent::effectiveColumnIDs(
+        dataModel.infoPaneCategory->value(), xmpBlockVisible,
+        xmpBlockVisible && InfoPaneContent::computeSidecarRowsVisible(dataModel.selectedNodes()));
 }
 
 bool InfoPaneController::computeXMPBlockVisible() const

@@ -143,6 +143,12 @@ std::optional<QString> TagManager::divergenceFlagKey(const QString &xmpColumnID)
         {QStringLiteral("XMPLocation"), QStringLiteral("SublocationDivergent")},
         {QStringLiteral("XMPGPSLatitude#"), QStringLiteral("GPSDivergent")},
         {QStringLiteral("XMPGPSLongitude#"), QStringLiteral("GPSDivergent")},
+        {QStringLiteral("SidecarCity"), QStringLiteral("SidecarCityDivergent")},
+        {QStringLiteral("SidecarCountry"), QStringLiteral("SidecarCountryDivergent")},
+        {QStringLiteral("SidecarState"), QStringLiteral("SidecarStateDivergent")},
+        {QStringLiteral("SidecarLocation"), QStringLiteral("SidecarSublocationDivergent")},
+        {QStringLiteral("SidecarGPSLatitude#"), QStringLiteral("SidecarGPSDivergent")},
+        {QStringLiteral("SidecarGPSLongitude#"), QStringLiteral("SidecarGPSDivergent")},
     };
     const auto found = flags.constFind(xmpColumnID);
     if (found == flags.cend())

@@ -77,6 +77,12 @@ const TagSpaceRow descriptiveTagSpaceRows[] = {
     {"XMPCountry", Space::IPTC},
     {"XMPState", Space::IPTC},
     {"XMPLocation", Space::IPTC},
+    {"SidecarGPSLatitude#", Space::GPS},
+    {"SidecarGPSLongitude#", Space::GPS},
+    {"SidecarCity", Space::IPTC},
+    {"SidecarCountry", Space::IPTC},
+    {"SidecarState", Space::IPTC},
+    {"SidecarLocation", Space::IPTC},
 };
 
 // The six category lists; "-" stands for a separator.
@@ -176,17 +182,17 @@ const char *const exifCategory[] = {
     "DateTimeDigitized",
 };
 
-// GPS, with the XMP values next to their legacy ones.
+// GPS, with the XMP values and those of the sidecar next to their legacy ones.
 const char *const gpsCategory[] = {
-    "GPSLatitude#",  "XMPGPSLatitude#",  "GPSLatitudeRef",  "-",
-    "GPSLongitude#", "XMPGPSLongitude#", "GPSLongitudeRef", "-",
+    "GPSLatitude#",  "XMPGPSLatitude#",  "SidecarGPSLatitude#",  "GPSLatitudeRef",  "-",
+    "GPSLongitude#", "XMPGPSLongitude#", "SidecarGPSLongitude#", "GPSLongitudeRef", "-",
     "GPSAltitude#",
 };
 
-// IPTC location, with the XMP values next to their legacy ones.
+// IPTC location, with the XMP values and those of the sidecar next to their legacy ones.
 const char *const iptcCategory[] = {
-    "City",           "XMPCity",  "Country",      "XMPCountry",
-    "Province-State", "XMPState", "Sub-location", "XMPLocation",
+    "City",           "XMPCity",  "SidecarCity",  "Country",      "XMPCountry",  "SidecarCountry",
+    "Province-State", "XMPState", "SidecarState", "Sub-location", "XMPLocation", "SidecarLocation",
 };
 
 const std::array<std::span<const char *const>, 6> columnIDsByCategoryLists = {
@@ -266,6 +272,12 @@ const KeySourceRow keySourceRows[] = {
     {"XMPLocation", MetadataSource::ExifToolGeneric},
     {"XMPGPSLatitude#", MetadataSource::ExifToolGeneric},
     {"XMPGPSLongitude#", MetadataSource::ExifToolGeneric},
+    {"SidecarCity", MetadataSource::ExifToolGeneric},
+    {"SidecarCountry", MetadataSource::ExifToolGeneric},
+    {"SidecarState", MetadataSource::ExifToolGeneric},
+    {"SidecarLocation", MetadataSource::ExifToolGeneric},
+    {"SidecarGPSLatitude#", MetadataSource::ExifToolGeneric},
+    {"SidecarGPSLongitude#", MetadataSource::ExifToolGeneric},
     {"contentcreationdate", MetadataSource::ExifToolGeneric},
     {"contentmodificationdate", MetadataSource::ExifToolGeneric},
     {"dateadded", MetadataSource::ExifToolGeneric},
@@ -417,6 +429,12 @@ const DisplayNameRow ownColumnNames[] = {
     {"XMPLocation", QT_TRANSLATE_NOOP("TagManager", "Sub-Location")},
     {"XMPGPSLatitude#", QT_TRANSLATE_NOOP("TagManager", "Latitude")},
     {"XMPGPSLongitude#", QT_TRANSLATE_NOOP("TagManager", "Longitude")},
+    {"SidecarCity", QT_TRANSLATE_NOOP("TagManager", "City in Sidecar")},
+    {"SidecarCountry", QT_TRANSLATE_NOOP("TagManager", "Country in Sidecar")},
+    {"SidecarState", QT_TRANSLATE_NOOP("TagManager", "Province/State in Sidecar")},
+    {"SidecarLocation", QT_TRANSLATE_NOOP("TagManager", "Sub-Location in Sidecar")},
+    {"SidecarGPSLatitude#", QT_TRANSLATE_NOOP("TagManager", "Latitude in Sidecar")},
+    {"SidecarGPSLongitude#", QT_TRANSLATE_NOOP("TagManager", "Longitude in Sidecar")},
 };
 
 // Content hashes of the file.

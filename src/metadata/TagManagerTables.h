@@ -28,9 +28,9 @@ struct DisplayNameRow
 };
 
 extern const char *const columnIDsArray[8];
-extern const TagSpaceRow descriptiveTagSpaceRows[61];
+extern const TagSpaceRow descriptiveTagSpaceRows[67];
 extern const std::array<std::span<const char *const>, 6> columnIDsByCategoryLists;
-extern const KeySourceRow keySourceRows[125];
+extern const KeySourceRow keySourceRows[131];
 // The system's own columns and the content hashes come first, the readers' names after them.
 extern const std::array<std::span<const DisplayNameRow>, 8> columnDisplayNameGroups;
 

@@ -20,6 +20,23 @@ bool flagIsSet(const Node &node, const QString &key)
         == u"1"_s;
 }
 
+// The location fields whose divergence flag is set: the XMP copy's ("CityDivergent") or the
+// sidecar's ("SidecarCityDivergent").
+QStringList divergentFields(const Node &node, const QString &flagPrefix)
+{
+    static const std::array<std::pair<QString, QString>, 4> fields
+        = {{{u"City"_s, u"City"_s},
+            {u"Country"_s, u"Country"_s},
+            {u"State/Province"_s, u"State"_s},
+            {u"Sub-location"_s, u"Sublocation"_s}}};
+    QStringList named;
+    for (const auto &[name, flag] : fields) {
+        if (flagIsSet(node, flagPrefix + flag + u"Divergent"_s))
+            named << name;
+    }
+    return named;
+}
+
 } // namespace
 
 std::optional<DataAvailabilityCellState> DataAvailabilityCellState::configure(
@@ -72,20 +89,25 @@ std::optional<DataAvailabilityCellState> DataAvailabilityCellState::configure(
 
 QString DataAvailabilityCellState::divergenceTooltip(const Node &node, bool isGPS)
 {
+    // A sidecar that disagrees with the file is named first: its value is the one hidden.
+    const std::optional<QString> sidecar = MetadataStorage::shared().getStringValue(
+        node.absolutePath, u"SidecarName"_s, MetadataSource::ExifToolGeneric);
+    if (sidecar) {
+        const QString quoted = u"“"_s + *sidecar + u"”"_s;
+        if (isGPS && flagIsSet(node, u"SidecarGPSDivergent"_s)) {
+            return "GPS coordinates differ between the file and its XMP sidecar "_L1 + quoted
+                + u"."_s;
+        }
+        const QStringList differing = isGPS ? QStringList() : divergentFields(node, u"Sidecar"_s);
+        if (!differing.isEmpty())
+            return "The file and its XMP sidecar "_L1 + quoted + " disagree on: "_L1
+                + StringHelpers::englishListJoined(differing) + u"."_s;
+    }
     if (isGPS) {
         return u"GPS coordinates differ between the legacy packet (EXIF/QuickTime) and the "
                "embedded XMP. Saving will sync both."_s;
     }
-    static const std::array<std::pair<QString, QString>, 4> fields
-        = {{{u"City"_s, u"CityDivergent"_s},
-            {u"Country"_s, u"CountryDivergent"_s},
-            {u"State/Province"_s, u"StateDivergent"_s},
-            {u"Sub-location"_s, u"SublocationDivergent"_s}}};
-    QStringList named;
-    for (const auto &[name, flag] : fields) {
-        if (flagIsSet(node, flag))
-            named << name;
-    }
+    const QStringList named = divergentFields(node, QString());
     if (named.isEmpty())
         return u"IPTC and XMP location fields disagree. Saving will sync them via MWG."_s;
     return "IPTC and XMP disagree on: "_L1 + StringHelpers::englishListJoined(named)

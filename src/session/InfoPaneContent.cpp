@@ -33,7 +33,8 @@ std::optional<TagManager::DescriptiveTagSpace> InfoPaneContent::descriptiveTagSp
     return TagManager::allDescriptiveTagSpaces.at(space);
 }
 
-QStringList InfoPaneContent::effectiveColumnIDs(int category, bool xmpBlockVisible)
+QStringList InfoPaneContent::effectiveColumnIDs(int category, bool xmpBlockVisible,
+                                                bool sidecarRowsVisible)
 {
     const std::optional<TagManager::DescriptiveTagSpace> space = descriptiveTagSpace(category);
     if (!space)
@@ -41,7 +42,26 @@ QStringList InfoPaneContent::effectiveColumnIDs(int category, bool xmpBlockVisib
     QStringList ids = TagManager::shared().columnIDArrayForDescriptiveTag(*space);
     if (!xmpBlockVisible)
         ids.removeIf(isXMPColumn);
+    if (!sidecarRowsVisible)
+        ids.removeIf(isSidecarColumn);
     return ids;
+}
+
+bool InfoPaneContent::isSidecarColumn(const QString &columnID)
+{
+    return columnID.startsWith(u"Sidecar"_s);
+}
+
+bool InfoPaneContent::computeSidecarRowsVisible(const QList<NodePtr> &nodes)
+{
+    for (const NodePtr &node : nodes) {
+        if (MetadataStorage::shared()
+                .getStringValue(node->absolutePath, u"SidecarName"_s,
+                                MetadataSource::ExifToolGeneric)
+                .has_value())
+            return true;
+    }
+    return false;
 }
 
 bool InfoPaneContent::isXMPColumn(const QString &columnID)
@@ -52,11 +72,12 @@ bool InfoPaneContent::isXMPColumn(const QString &columnID)
 
 bool InfoPaneContent::computeXMPBlockVisible(const QList<NodePtr> &nodes)
 {
+    // The sidecar's values are XMP too; they show with the embedded ones.
     for (const NodePtr &node : nodes) {
         if (flagIsSet(*node, u"XMPPresent"_s))
             return true;
     }
-    return false;
+    return computeSidecarRowsVisible(nodes);
 }
 
 std::optional<QString> InfoPaneContent::labelText(const CombinedValuesWrapper &combined)

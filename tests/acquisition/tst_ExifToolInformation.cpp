@@ -1,6 +1,7 @@
 #include "commons/ApplicationStart.h"
 #include "map/MediaFileMarkers.h"
 #include "metadata/DataCoordinator.h"
+#include "session/DataAvailabilityCellState.h"
 #include "session/FileScanner.h"
 #include "session/Node.h"
 
@@ -36,6 +37,8 @@ private slots:
     void statusesOfRealFiles_data();
     void statusesOfRealFiles();
     void unreadableItemsOfAScannedFolder();
+    void sidecarValues_data();
+    void sidecarValues();
 
 private:
     QTemporaryDir m_dir;
@@ -151,6 +154,67 @@ void tst_ExifToolInformation::unreadableItemsOfAScannedFolder()
         }));
         QCOMPARE(node->getDisplayString(u"headline"_s).kind(),
                  DisplayStringWrapper::Kind::NotPresent);
+    }
+}
+
+void tst_ExifToolInformation::sidecarValues_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QStringList>("fileTags");
+    QTest::addColumn<QStringList>("sidecars"); // name, then its tags after "|"
+    QTest::addColumn<QString>("city");
+    QTest::addColumn<QString>("gpsText");
+    QTest::addColumn<int>("iptcStatus");
+    QTest::addColumn<QString>("tooltipNames");
+    QTest::addColumn<QString>("sidecarCity");
+    const QString sydney = u"-XMP-exif:GPSLatitude=-33.86|-XMP-exif:GPSLongitude=151.2|"
+                           "-XMP-photoshop:City=Sydney|-XMP-photoshop:State=NSW|"
+                           "-XMP-photoshop:Country=Australia"_s;
+    // A RAW stand-in (a TIFF under a RAW name) whose location lives only in its sidecar.
+    QTest::newRow("darktable-style sidecar stands in")
+        << u"only.nef"_s << QStringList() << QStringList {u"only.nef.xmp|"_s + sydney}
+        << u"Sydney"_s << u"complete"_s << 1 << QString() << u"Sydney"_s;
+    QTest::newRow("Lightroom-style sidecar disagrees")
+        << u"differs.nef"_s
+        << QStringList {u"-IPTC:City=Basel"_s, u"-GPSLatitude=1"_s, u"-GPSLatitudeRef=N"_s,
+                        u"-GPSLongitude=2"_s, u"-GPSLongitudeRef=E"_s}
+        << QStringList {u"differs.xmp|"_s + sydney} << u"Basel"_s << u"divergent"_s << 3
+        << u"differs.xmp"_s << u"Sydney"_s;
+    QTest::newRow("both forms: the darktable one is read")
+        << u"both.nef"_s << QStringList()
+        << QStringList {u"both.nef.xmp|-XMP-photoshop:City=Lyon"_s,
+                        u"both.xmp|-XMP-photoshop:City=Nice"_s}
+        << u"Lyon"_s << u"none"_s << 2 << QString() << u"Lyon"_s;
+}
+
+void tst_ExifToolInformation::sidecarValues()
+{
+    QFETCH(QString, file);
+    QFETCH(QStringList, fileTags);
+    QFETCH(QStringList, sidecars);
+    const QString tiff = m_dir.filePath(file + u".tif"_s);
+    QVERIFY(Fixtures::run(u"convert"_s, {u"-size"_s, u"16x16"_s, u"xc:gray"_s, tiff}));
+    const QString path = m_dir.filePath(file);
+    QVERIFY(QFile::rename(tiff, path));
+    if (!fileTags.isEmpty())
+        QVERIFY(Fixtures::writeTags(path, fileTags));
+    for (const QString &sidecar : std::as_const(sidecars)) {
+        const QStringList parts = sidecar.split(u'|');
+        QVERIFY(Fixtures::run(Fixtures::exifToolPath(),
+                              parts.mid(1) + QStringList {u"-o"_s, m_dir.filePath(parts.first())}));
+    }
+
+    const NodePtr node = FileNode::create(file, path, QString());
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return node->getDisplayString(u"IPTCDataComplete"_s).isPresent(); }, 20000));
+    QTEST(node->getStringValueSync(u"City"_s), "city");
+    QTEST(node->getDisplayString(u"GPSDataAvailable"_s).text(), "gpsText");
+    QTEST(int(node->getIntValueSync(u"IPTCDataComplete"_s)), "iptcStatus");
+    QTEST(node->getStringValueSync(u"SidecarCity"_s), "sidecarCity");
+    QFETCH(QString, tooltipNames);
+    if (!tooltipNames.isEmpty()) {
+        QVERIFY(DataAvailabilityCellState::divergenceTooltip(*node, true).contains(tooltipNames));
+        QVERIFY(DataAvailabilityCellState::divergenceTooltip(*node, false).contains(u"City"_s));
     }
 }
 

@@ -105,14 +105,18 @@ void tst_TagManager::descriptiveGroupsFollowTheCategoryLists_data()
                                           u"size_in_kb"_s, u"size_in_mb"_s};
     QTest::newRow("EXIF") << Space::EXIF
                           << QStringList {u"DateTimeOriginal"_s, u"DateTimeDigitized"_s};
-    QTest::newRow("GPS") << Space::GPS << QStringList {u"GPSLatitude#"_s,     u"XMPGPSLatitude#"_s,
-                                                       u"GPSLatitudeRef"_s,   u"GPSLongitude#"_s,
-                                                       u"XMPGPSLongitude#"_s, u"GPSLongitudeRef"_s,
-                                                       u"GPSAltitude#"_s};
-    QTest::newRow("IPTC") << Space::IPTC
-                          << QStringList {u"City"_s,         u"XMPCity"_s,        u"Country"_s,
-                                          u"XMPCountry"_s,   u"Province-State"_s, u"XMPState"_s,
-                                          u"Sub-location"_s, u"XMPLocation"_s};
+    QTest::newRow("GPS") << Space::GPS
+                         << QStringList {u"GPSLatitude#"_s,         u"XMPGPSLatitude#"_s,
+                                         u"SidecarGPSLatitude#"_s,  u"GPSLatitudeRef"_s,
+                                         u"GPSLongitude#"_s,        u"XMPGPSLongitude#"_s,
+                                         u"SidecarGPSLongitude#"_s, u"GPSLongitudeRef"_s,
+                                         u"GPSAltitude#"_s};
+    QTest::newRow("IPTC") << Space::IPTC << QStringList {u"City"_s,           u"XMPCity"_s,
+                                                         u"SidecarCity"_s,    u"Country"_s,
+                                                         u"XMPCountry"_s,     u"SidecarCountry"_s,
+                                                         u"Province-State"_s, u"XMPState"_s,
+                                                         u"SidecarState"_s,   u"Sub-location"_s,
+                                                         u"XMPLocation"_s,    u"SidecarLocation"_s};
 }
 
 void tst_TagManager::descriptiveGroupsFollowTheCategoryLists()
