@@ -1,12 +1,15 @@
 #include "UserDefaults.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QSettings>
 #include <QStandardPaths>
+
+#include <cstdio>
 
 namespace {
 
@@ -49,6 +52,17 @@ UserDefaults::UserDefaults(const QString &filePath)
 {
     QDir().mkpath(QFileInfo(filePath).absolutePath());
     m_settings = std::make_unique<QSettings>(filePath, jsonFormat());
+    // A file that is not a JSON object reads as empty, so every setting takes its default. It is
+    // kept beside under another name before the first change writes over it, and said once.
+    if (m_settings->status() == QSettings::FormatError) {
+        const QString kept = filePath + QStringLiteral(".damaged");
+        QFile::remove(kept);
+        QFile::copy(filePath, kept);
+        std::fprintf(stderr,
+                     "Palomet: the preferences file %s could not be read; every setting "
+                     "takes its default (the file is kept as %s)\n",
+                     qPrintable(filePath), qPrintable(kept));
+    }
 }
 
 UserDefaults::~UserDefaults() = default;

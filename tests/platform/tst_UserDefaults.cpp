@@ -1,5 +1,9 @@
 #include "platform/UserDefaults.h"
 
+#include "TestSupport.h"
+
+#include <QFile>
+
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -13,6 +17,7 @@ private slots:
     void registeredDefaultsSitUnderStoredValues();
     void valuesKeepTheirTypesAcrossARestart();
     void observersRunPerKeyOnTheWritersThread();
+    void damagedFileReadsAsDefaultsAndIsKept();
 
 private:
     QTemporaryDir m_dir;

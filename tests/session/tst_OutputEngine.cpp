@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <future>
+
 #include <atomic>
 
 namespace {
@@ -62,9 +64,15 @@ public:
 class RecordingTable : public PreviewTableUpdating
 {
 public:
-    void setNodes(const QList<NodePtr> &nodes) override { shown = nodes; }
+    void setNodes(const QList<NodePtr> &nodes) override
+    {
+        shown = nodes;
+        history.append(nodes);
+    }
     void updateAll() override { ++updates; }
     QList<NodePtr> shown;
+    // Every list the table was given, in order.
+    QList<QList<NodePtr>> history;
     int updates = 0;
 };
 
@@ -184,23 +192,40 @@ void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
 {
     m_engine->startListening();
     QVERIFY(waitReady());
-    // Two changes in a row on the main thread: the first scan is cancelled before or while it
-    // runs and swaps nothing in; only the second list arrives.
+    // The queue is held while the sources change twice, so the first scan is still waiting
+    // when the second change comes: it must be cancelled and never reach the table.
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::promise<void> started;
+    m_engine->queue().addOperation([released, &started] {
+        started.set_value();
+        released.wait();
+    });
+    started.get_future().wait();
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
     m_model->sourceList.deleteAt(0);
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    release.set_value();
     QVERIFY(TestSupport::waitUntil(
         [&] { return listedNames() == QStringList {QStringLiteral("c.jpg")}; }));
     QVERIFY(waitReady());
+    for (const QList<NodePtr> &shown : std::as_const(m_table->history)) {
+        for (const NodePtr &node : shown)
+            QVERIFY2(node->name == QStringLiteral("c.jpg"), qPrintable(node->name));
+    }
     QCOMPARE(listedNames(), QStringList {QStringLiteral("c.jpg")});
     QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(QStringLiteral("c.jpg")));
 }
 
 void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
 {
-    // Not listening yet, and no list: a sort change or an output change starts no stage.
+    // Listening, but no list yet: sort, stepper and output changes start no stage.
+    m_engine->startListening();
     m_engine->launchReSortOperation();
     m_model->setFirstSortMode(SortMode::nameDescending);
+    m_model->setStepperMode(StepperMode::city);
+    m_model->outputFormat->setValue(OutputFormatIndexEnum::JSON);
+    m_model->quoteStrings->setValue(!m_model->quoteStrings->value());
     QCOMPARE(m_engine->queue().operationCount(), 0);
     QVERIFY(!m_engine->flatFileList());
 }

@@ -1,0 +1,216 @@
+#include "MainWindow.h"
+
+#include "AppDelegate.h"
+#include "MainContentViewController.h"
+#include "commons/SparkleManagerHuskFacade.h"
+#include "location/PinAndStepperController.h"
+#include "session/DataModel.h"
+#include "session/StepperMode.h"
+
+#include <QAbstractItemView>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+
+namespace {
+
+// The Edit menu's standard entries act on the widget that has the focus, as its own keys do.
+void sendToFocusWidget(const char *slot)
+{
+    QWidget *focus = QApplication::focusWidget();
+    if (!focus)
+        return;
+    if (qobject_cast<QLineEdit *>(focus) || qobject_cast<QTextEdit *>(focus)
+        || qobject_cast<QPlainTextEdit *>(focus)) {
+        QMetaObject::invokeMethod(focus, slot);
+    } else if (auto *view = qobject_cast<QAbstractItemView *>(focus);
+               view && qstrcmp(slot, "selectAll") == 0) {
+        view->selectAll();
+    }
+}
+
+void deleteInFocusWidget()
+{
+    if (auto *line = qobject_cast<QLineEdit *>(QApplication::focusWidget()))
+        line->del();
+}
+
+} // namespace
+
+std::unique_ptr<MainWindow> MainWindow::makeMainWindow(DataModel &dataModel,
+                                                       std::shared_ptr<OutputEngine> outputEngine)
+{
+    return std::make_unique<MainWindow>(dataModel, std::move(outputEngine));
+}
+
+MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine)
+    : m_dataModel(dataModel)
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setWindowTitle(QStringLiteral("Palomet"));
+    setWindowIcon(QIcon::fromTheme(QStringLiteral("org.palomet.Palomet"),
+                                   QIcon(QStringLiteral(":/mainwindow/palomet.svg"))));
+    mainContentViewController = NiblessViewController::make<MainContentViewController>(
+        dataModel, std::move(outputEngine));
+    setCentralWidget(mainContentViewController->buildIfNeeded());
+    installEventFilter(this);
+    resize(1280, 800);
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (!m_painted && watched == this && event->type() == QEvent::Paint) {
+        m_painted = true;
+        removeEventFilter(this);
+        // Told on the next turn, once the paint has reached the screen.
+        QMetaObject::invokeMethod(this, &MainWindow::firstPainted, Qt::QueuedConnection);
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+MainWindow::~MainWindow()
+{
+    // The views go before their controller, which holds the listeners' targets.
+    delete takeCentralWidget();
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    // The window closes when the application quits; until the writes are done, it stays.
+    event->ignore();
+    AppDelegate::shared().terminate();
+}
+
+void MainWindow::buildMenus(AppDelegate &delegate)
+{
+    QMenuBar *bar = menuBar();
+    bar->clear();
+    MainContentViewController &content = *mainContentViewController;
+    const auto add = [](QMenu *menu, const QString &title, const QString &name,
+                        const QList<QKeySequence> &keys, std::function<void()> action) {
+        QAction *entry = menu->addAction(title);
+        entry->setObjectName(name);
+        entry->setShortcuts(keys);
+        QObject::connect(entry, &QAction::triggered, menu,
+                         [action = std::move(action)] { action(); });
+        return entry;
+    };
+
+    QMenu *file = bar->addMenu(tr("&File"));
+    add(file, tr("&Open…"), QStringLiteral("open"), {QKeySequence::Open},
+        [&delegate] { delegate.open(); });
+    QList<QKeySequence> reloadKeys {QKeySequence(Qt::CTRL | Qt::Key_R)};
+    if (QKeySequence(QKeySequence::Refresh) != reloadKeys.first())
+        reloadKeys << QKeySequence(QKeySequence::Refresh);
+    add(file, tr("&Reload"), QStringLiteral("reload"), reloadKeys, [&delegate] {
+        delegate.reload();
+    })->setToolTip(tr("Read every file again"));
+    file->addSeparator();
+    add(file, tr("&Quit"), QStringLiteral("quit"), {QKeySequence::Quit}, [&delegate] {
+        delegate.terminate();
+    })->setMenuRole(QAction::QuitRole);
+
+    QMenu *edit = bar->addMenu(tr("&Edit"));
+    add(edit, tr("&Undo"), QStringLiteral("undo"), {QKeySequence::Undo},
+        [] { sendToFocusWidget("undo"); });
+    add(edit, tr("&Redo"), QStringLiteral("redo"), {QKeySequence::Redo},
+        [] { sendToFocusWidget("redo"); });
+    edit->addSeparator();
+    add(edit, tr("Cu&t"), QStringLiteral("cut"), {QKeySequence::Cut},
+        [] { sendToFocusWidget("cut"); });
+    add(edit, tr("&Copy"), QStringLiteral("copy"), {QKeySequence::Copy},
+        [] { sendToFocusWidget("copy"); });
+    add(edit, tr("&Paste"), QStringLiteral("paste"), {QKeySequence::Paste},
+        [] { sendToFocusWidget("paste"); });
+    add(edit, tr("&Delete"), QStringLiteral("delete"), {}, [] { deleteInFocusWidget(); });
+    add(edit, tr("Select &All"), QStringLiteral("selectAll"), {QKeySequence::SelectAll},
+        [] { sendToFocusWidget("selectAll"); });
+    edit->addSeparator();
+    delegate.menuItemManager.fillMenu(edit, {MenuItemManager::preferencesGroup});
+    if (QAction *preferences
+        = delegate.menuItemManager.actions(MenuItemManager::preferencesGroup).value(0))
+        preferences->setShortcut(QKeySequence::Preferences);
+
+    QMenu *view = bar->addMenu(tr("&View"));
+    auto *modes = new QActionGroup(view);
+    const QStringList modeTitles {tr("&Items"), tr("&Map"), tr("Items &above Map"),
+                                  tr("Items &beside Map")};
+    const QStringList modeNames {QStringLiteral("showItems"), QStringLiteral("showMap"),
+                                 QStringLiteral("showItemsAboveMap"),
+                                 QStringLiteral("showItemsBesideMap")};
+    for (int mode = 0; mode < modeTitles.size(); ++mode) {
+        QAction *entry = add(view, modeTitles.at(mode), modeNames.at(mode),
+                             {QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + mode))},
+                             [this, mode] { m_dataModel.previewMode->setValue(mode); });
+        entry->setCheckable(true);
+        modes->addAction(entry);
+    }
+    m_dataModel.previewMode->addHotListener([modes](const int &mode) {
+        if (QAction *entry = modes->actions().value(mode))
+            entry->setChecked(true);
+    });
+    view->addSeparator();
+    add(view, tr("Toggle Info &Pane"), QStringLiteral("toggleInfoPane"),
+        {QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_I)}, [&delegate] { delegate.toggleInfoPane(); });
+    view->addSeparator();
+    QMenu *stepper = view->addMenu(tr("&Step Through"));
+    auto *stepperModes = new QActionGroup(stepper);
+    const QList<std::pair<StepperMode, std::function<void()>>> commands {
+        {StepperMode::inactive,
+         [&delegate] {
+             delegate.filterInactive();
+         }},
+        {StepperMode::sublocation,
+         [&delegate] {
+             delegate.filterBySublocation();
+         }},
+        {StepperMode::city,
+         [&delegate] {
+             delegate.filterByCity();
+         }},
+        {StepperMode::province,
+         [&delegate] {
+             delegate.filterByProvince();
+         }},
+        {StepperMode::country, [&delegate] {
+             delegate.filterByCountry();
+         }}};
+    for (const auto &[mode, command] : commands) {
+        const auto entry
+            = std::find_if(stepperModeEntries().cbegin(), stepperModeEntries().cend(),
+                           [mode](const StepperModeEntry &e) { return e.mode == mode; });
+        QAction *action = add(stepper, tr(entry->popupTitle),
+                              QString::fromLatin1(entry->menuCommand).chopped(1), {}, command);
+        action->setCheckable(true);
+        stepperModes->addAction(action);
+    }
+    m_dataModel._stepperMode->addHotListener([stepperModes](const StepperMode &mode) {
+        const auto &entries = stepperModeEntries();
+        for (int i = 0; i < entries.size(); ++i) {
+            if (entries.at(i).mode == mode)
+                stepperModes->actions().value(i)->setChecked(true);
+        }
+    });
+
+    QMenu *go = bar->addMenu(tr("&Go"));
+    add(go, tr("&Next Item or Group"), QStringLiteral("nextItemOrGroup"), {QKeySequence::Forward},
+        [&delegate] { delegate.nextItemOrGroup(); });
+    add(go, tr("&Previous Item or Group"), QStringLiteral("previousItemOrGroup"),
+        {QKeySequence::Back}, [&delegate] { delegate.previousItemOrGroup(); });
+    go->addSeparator();
+    add(go, tr("Next P&in"), QStringLiteral("nextPin"),
+        {QKeySequence(Qt::ALT | Qt::SHIFT | Qt::Key_Right)},
+        [&content] { content.pinAndStepperController->selectNextPin(); });
+    add(go, tr("Previous Pi&n"), QStringLiteral("previousPin"),
+        {QKeySequence(Qt::ALT | Qt::SHIFT | Qt::Key_Left)},
+        [&content] { content.pinAndStepperController->selectPreviousPin(); });
+
+    QMenu *help = bar->addMenu(tr("&Help"));
+    delegate.menuItemManager.fillMenu(
+        help, {SparkleManagerHuskFacade::groupName, MenuItemManager::helpGroup});
+}
