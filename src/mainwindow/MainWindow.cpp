@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QTextEdit>
 
 namespace {
@@ -59,7 +60,11 @@ MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outpu
         dataModel, std::move(outputEngine));
     setCentralWidget(mainContentViewController->buildIfNeeded());
     installEventFilter(this);
-    resize(1280, 800);
+    // 1280 by 800 where the screen allows it, never larger than the screen.
+    QSize size(1280, 800);
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        size = size.boundedTo(screen->availableSize() * 0.92);
+    resize(size);
 }
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)

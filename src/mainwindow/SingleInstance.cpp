@@ -54,14 +54,17 @@ bool SingleInstance::handOverToRunningInstance(const QStringList &paths, int tim
 bool SingleInstance::listen(std::function<void(const QStringList &)> handler)
 {
     m_handler = std::move(handler);
-    m_server = new QLocalServer(this);
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!m_server->listen(serverName)) {
-        // A socket left by a run that crashed answers nobody: it may be taken over.
+    // A running instance answers; listening would take its name away from it.
+    {
         QLocalSocket probe;
         probe.connectToServer(serverName);
         if (probe.waitForConnected(500))
             return false;
+    }
+    m_server = new QLocalServer(this);
+    m_server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_server->listen(serverName)) {
+        // A socket left by a run that crashed answers nobody: it may be taken over.
         QLocalServer::removeServer(serverName);
         if (!m_server->listen(serverName)) {
             Log::line(QStringLiteral("Palomet: cannot listen for other starts: %1")

@@ -130,7 +130,10 @@ void tst_MainWindow::givenFolderIsListedAndReady()
     QVERIFY(TestSupport::waitUntil(
         [&] { return statusText().startsWith(u"Ready. (2 items | 0 selected"_qs); }, 30000));
     QCOMPARE(m_delegate->dataModel->sourceList.value(), QStringList {m_folder.path()});
-    QCOMPARE(content().tabWall->currentIndex(), int(PreviewTab::items));
+    // The wait ends on the main queue's next turns after the engine is ready.
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return content().tabWall->currentIndex() == int(PreviewTab::items); }));
+    QCOMPARE(m_delegate->dataModel->previewTabIndex->value(), int(PreviewTab::items));
     PreviewTableDataSource &rows
         = *content().previewTableViewController->previewTableViewDataSource;
     QCOMPARE(rows.rowCount(), 2);
