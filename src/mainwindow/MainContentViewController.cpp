@@ -378,13 +378,14 @@ void MainContentViewController::reparentViews(PreviewTab tab)
         moveInto(m_mapView, combinedMapHost);
         break;
     case PreviewTab::combinedHorizontal:
+        // The minimal table stands beside the map; the full one waits in the items tab.
+        moveInto(table, itemsTableHost);
         moveInto(m_mapView, horizontalMapHost);
         break;
     }
-    // The table a tab does not show stays in the items tab, so that it always has a place.
-    if (table && !table->parentWidget())
-        moveInto(table, itemsTableHost);
     previousTabIndex = tab;
+    // A selection made in the other table left this one as it was: it catches up now.
+    shownTable().selectRows(m_dataModel.selectedNodes());
     scrollToFirstSelectedItemIfNeeded();
 }
 

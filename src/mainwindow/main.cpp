@@ -18,7 +18,6 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
-    QApplication::setOrganizationName(QStringLiteral("palomet"));
     QApplication::setApplicationVersion(AppDescription::buildVersion());
     QApplication::setDesktopFileName(QStringLiteral("org.palomet.Palomet"));
 

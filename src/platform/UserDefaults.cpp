@@ -53,11 +53,16 @@ UserDefaults::UserDefaults(const QString &filePath)
     QDir().mkpath(QFileInfo(filePath).absolutePath());
     m_settings = std::make_unique<QSettings>(filePath, jsonFormat());
     // A file that is not a JSON object reads as empty, so every setting takes its default. It is
-    // kept beside under another name before the first change writes over it, and said once.
+    // moved aside under another name and said once; the store starts afresh, since QSettings
+    // would keep reporting the error on every later sync.
     if (m_settings->status() == QSettings::FormatError) {
         const QString kept = filePath + QStringLiteral(".damaged");
         QFile::remove(kept);
-        QFile::copy(filePath, kept);
+        if (!QFile::rename(filePath, kept)) {
+            QFile::copy(filePath, kept);
+            QFile::remove(filePath);
+        }
+        m_settings = std::make_unique<QSettings>(filePath, jsonFormat());
         std::fprintf(stderr,
                      "Palomet: the preferences file %s could not be read; every setting "
                      "takes its default (the file is kept as %s)\n",

@@ -5,6 +5,10 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <atomic>
@@ -14,7 +18,7 @@
 #include <unistd.h>
 
 // A second start hands its paths to the first over a local socket; the first keeps listening
-// after a run that crashed left its socket behind.
+// after a run that crashed left its socket behind. Last, the real program, twice.
 class tst_SingleInstance : public QObject
 {
     Q_OBJECT
@@ -24,6 +28,7 @@ private slots:
     void secondStartHandsItsPathsOver();
     void withoutARunningInstanceNothingIsHandedOver();
     void socketLeftByACrashedRunIsTakenOver();
+    void secondProgramHandsItsPathsToTheFirst();
 
 private:
     static QString uniqueName(const char *suffix)
@@ -88,6 +93,54 @@ void tst_SingleInstance::socketLeftByACrashedRunIsTakenOver()
     QVERIFY(instance.listen([&](const QStringList &paths) { received = paths; }));
     QVERIFY(handOverFromAnotherThread(name, {u"/x"_qs}));
     QVERIFY(TestSupport::waitUntil([&] { return received == QStringList {u"/x"_qs}; }));
+}
+
+void tst_SingleInstance::secondProgramHandsItsPathsToTheFirst()
+{
+    QTemporaryDir home;
+    const QString first = home.filePath(u"first"_qs), second = home.filePath(u"second"_qs);
+    QVERIFY(QDir().mkpath(first) && QDir().mkpath(second));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_qs, home.filePath(u"config"_qs));
+    environment.insert(u"QT_QPA_PLATFORM"_qs, u"offscreen"_qs);
+    const QString preferences = home.filePath(u"config/palomet/preferences.json"_qs);
+    const auto storedSources = [&] {
+        QFile file(preferences);
+        if (!file.open(QIODevice::ReadOnly))
+            return QStringList();
+        return QJsonDocument::fromJson(file.readAll())
+            .object()
+            .value(u"brisk_sources"_qs)
+            .toVariant()
+            .toStringList();
+    };
+
+    QProcess running;
+    running.setProcessEnvironment(environment);
+    running.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    running.start(QStringLiteral(PALOMET_EXECUTABLE), {first});
+    QVERIFY(running.waitForStarted());
+    QVERIFY(TestSupport::waitUntil([&] { return storedSources() == QStringList {first}; }, 30000));
+
+    QProcess later;
+    later.setProcessEnvironment(environment);
+    later.start(QStringLiteral(PALOMET_EXECUTABLE), {second});
+    QVERIFY(later.waitForFinished(15000));
+    QCOMPARE(later.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(later.exitCode(), 0);
+    QVERIFY(TestSupport::waitUntil(
+        [&] {
+            return storedSources() == QStringList {first, second};
+        },
+        15000));
+    QCOMPARE(running.state(), QProcess::Running);
+
+    // SIGTERM quits as the Quit command does: the list of sources does not outlive the run.
+    running.terminate();
+    QVERIFY(running.waitForFinished(15000));
+    QCOMPARE(running.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(running.exitCode(), 0);
+    QCOMPARE(storedSources(), QStringList());
 }
 
 QTEST_MAIN(tst_SingleInstance)

@@ -219,15 +219,33 @@ void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
 
 void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
 {
-    // Listening, but no list yet: sort, stepper and output changes start no stage.
+    // The first scan waits behind a held queue: until it has finished there is no list, so sort,
+    // stepper and output changes start no stage, and the scan's own settings give the result.
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::promise<void> started;
+    m_engine->queue().addOperation([released, &started] {
+        started.set_value();
+        released.wait();
+    });
+    started.get_future().wait();
     m_engine->startListening();
+    const int queued = m_engine->queue().operationCount();
     m_engine->launchReSortOperation();
     m_model->setFirstSortMode(SortMode::nameDescending);
     m_model->setStepperMode(StepperMode::city);
     m_model->outputFormat->setValue(OutputFormatIndexEnum::JSON);
     m_model->quoteStrings->setValue(!m_model->quoteStrings->value());
-    QCOMPARE(m_engine->queue().operationCount(), 0);
+    QCOMPARE(m_engine->queue().operationCount(), queued);
     QVERIFY(!m_engine->flatFileList());
+    release.set_value();
+    QVERIFY(TestSupport::waitUntil([&] { return m_engine->currentOutputString().has_value(); }));
+    QVERIFY(waitReady());
+    QCOMPARE(listedNames(),
+             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
+                           QStringLiteral("b10.jpg")}));
+    QCOMPARE(m_format->operationsMade.load(), 1);
 }
 
 void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()
