@@ -11,6 +11,7 @@
 #include "bricks/Assembly.h"
 #include "bricks/SymbolIcons.h"
 #include "bricks/controls/ControlDirectives.h"
+#include "bricks/controls/SegmentedControlBrick.h"
 #include "bricks/controls/SingleLineLabel.h"
 #include "bricks/walls/BriskSplitView.h"
 #include "bricks/walls/FragmentStackView.h"
@@ -37,6 +38,7 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QTableView>
+#include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -236,9 +238,9 @@ QWidget *MainContentViewController::buildParameterStack()
 
 QWidget *MainContentViewController::buildOverviewPanel()
 {
-    const LayoutTag tabs("previewTabs"), status("statusLine"), waitLabel("waitLabel"),
-        items("itemsHost"), map("mapHost"), vertical("vertical"), horizontal("horizontal"),
-        popup("categoryPopup"), pane("infoPane"), overview("overview");
+    const LayoutTag modes("previewModes"), tabs("previewTabs"), status("statusLine"),
+        waitLabel("waitLabel"), items("itemsHost"), map("mapHost"), vertical("vertical"),
+        horizontal("horizontal"), popup("categoryPopup"), pane("infoPane"), overview("overview");
 
     itemsTableHost = makeHost(QStringLiteral("itemsTableHost"));
     mapHost = makeHost(QStringLiteral("mapHost"));
@@ -273,6 +275,20 @@ QWidget *MainContentViewController::buildOverviewPanel()
     auto statusText = std::make_shared<StraightVariable<QString>>(QString());
     auto assembly = ::build(BuildDirectiveList {B::SplitView {
         B::Wall {
+            B::SegmentedControl(
+                {tr("Items"), tr("Map"), tr("Items above Map"), tr("Items beside Map")},
+                m_dataModel.previewMode)
+                .tag(modes)
+                .style<SegmentedControlBrick>([this](SegmentedControlBrick *control) {
+                    previewModeControl = control;
+                    control->setObjectName(QStringLiteral("previewModeControl"));
+                    const QStringList tips {tr("The list of items (Ctrl+1)"),
+                                            tr("The map (Ctrl+2)"),
+                                            tr("The list above the map (Ctrl+3)"),
+                                            tr("The names beside the map (Ctrl+4)")};
+                    for (int i = 0; i < control->segmentCount(); ++i)
+                        control->segment(i)->setToolTip(tips.value(i));
+                }),
             B::TabWall {
                 B::Tab(tr("Waiting"),
                        {B::StaticLabel(tr("Reading the list…")).tag(waitLabel).centered()})
@@ -300,9 +316,9 @@ QWidget *MainContentViewController::buildOverviewPanel()
                     label->setObjectName(QStringLiteral("statusLine"));
                 })}
             .tag(overview)
-            .layout({pin(tabs, D::left), pin(tabs, D::right), pin(tabs, D::top),
-                     below(status, tabs, 4), pin(status, D::left, 8), pin(status, D::right, 8),
-                     pin(status, D::bottom, 4)}),
+            .layout({pin(modes, D::left, 8), pin(modes, D::top, 6), pin(tabs, D::left),
+                     pin(tabs, D::right), below(tabs, modes, 6), below(status, tabs, 4),
+                     pin(status, D::left, 8), pin(status, D::right, 8), pin(status, D::bottom, 4)}),
         B::Wall {B::EmbeddedControl(infoPaneCategoryPopup).tag(popup),
                  B::EmbeddedControl(infoPaneViewController->view()).tag(pane)}
             .layout({pin(popup, D::left, 8), pin(popup, D::top, 4), below(pane, popup, 4),

@@ -22,6 +22,7 @@ class PreviewTableViewController;
 class QAbstractButton;
 class QComboBox;
 class QSplitter;
+class SegmentedControlBrick;
 class SingleLineLabel;
 class SmartTimerWrapper;
 class SourceListTableViewController;
@@ -102,6 +103,8 @@ public:
     QPointer<BriskSplitView> splitView;
     QPointer<QWidget> infoPaneView;
     QPointer<TabWall> tabWall;
+    // Items, map, both above each other or beside each other: the stored preview mode.
+    QPointer<SegmentedControlBrick> previewModeControl;
     QPointer<QSplitter> sideSplitter;
 
     // The hosts of the table and the map on each tab.
