@@ -70,41 +70,37 @@ AppDelegate &AppDelegate::shared()
 
 void AppDelegate::finishInitialization()
 {
-    // 1. The application's description came with the construction.
-    // 2. The shared parts first of all: their Help entries come before the application's.
+    // The application's description came with the construction. The shared parts go first:
+    // their Help entries come before the application's.
     commonsHuskFacade = std::make_unique<CommonsHuskFacade>();
     willFinishLaunchingCallbackList.append(
         [this](SmartAppDelegate &delegate, const AppNotification &) {
             commonsHuskFacade->finishInitialization(delegate);
         });
-    // 3. Update checks.
+    // Update checks.
     sparkleManagerFacade = std::make_unique<SparkleManagerHuskFacade>();
     sparkleManagerFacade->finishInitialization(*this);
-    // 4. The window exists before the model's listeners run.
+    // The window exists before the model's listeners run.
     willFinishLaunchingCallbackList.append([this](SmartAppDelegate &, const AppNotification &) {
         mainWindow = MainWindow::makeMainWindow(*dataModel, outputEngine);
         window = mainWindow.get();
     });
-    // 5. The session and its pipeline.
+    // The session and its pipeline, listening once the window is there.
     dataModel = std::make_unique<DataModel>();
     outputEngine = OutputEngine::create(dataModel.get());
-    // 6.
     willFinishLaunchingCallbackList.append(
         [this](SmartAppDelegate &, const AppNotification &) { outputEngine->startListening(); });
-    // 7. The menus are the delegate's menuItemManager.
-    // 8. The list of sources never survives the process.
+    // The list of sources never survives the process.
     willTerminateCallbackList.append([this](SmartAppDelegate &, const AppNotification &) {
         UserDefaults::standard().removeObjectForKey(dataModel->sourceList.storageKey);
         UserDefaults::standard().synchronize();
     });
-    // 9.
     willFinishLaunchingCallbackList.append(
         [this](SmartAppDelegate &, const AppNotification &) { addHelpEntries(); });
-    // 10.
+    // The geocoder's answers are read with the other tags.
     willFinishLaunchingCallbackList.append([this](SmartAppDelegate &, const AppNotification &) {
         ExifToolHelper::sharedInstance().appendToWhiteList(additionalWhiteList);
     });
-    // 11.
     willTerminateCallbackList.append(
         [this](SmartAppDelegate &, const AppNotification &) { saveInfoPane(); });
 

@@ -145,6 +145,8 @@ QWidget *MainContentViewController::build()
     sideSplitter->setSizes({360, 900});
     layout->addWidget(sideSplitter);
 
+    // The map view with its toolbars is made here, once the map exists, and handed to
+    // setMapView; until then the map's tabs stand empty.
     setupSidebarListeners();
     setupMapListeners();
     return root;
@@ -215,11 +217,11 @@ QWidget *MainContentViewController::buildParameterStack()
               .layout(pinEdges(preview, 6));
 
     auto assembly = ::build(BuildDirectiveList {B::Wall {
-        B::ScrollView {B::ClipView {B::FragmentStack {sourceFragment, B::HorizontalDivider(),
-                                                      columnFragment, tagFragment}
-                                        .style<FragmentStackView>([this](FragmentStackView *stack) {
-                                            parameterStackView = stack;
-                                        })}}
+        B::ScrollView {
+            B::ClipView {B::FragmentStack {sourceFragment, editorFragments(),
+                                           B::HorizontalDivider(), columnFragment, tagFragment}
+                             .style<FragmentStackView>(
+                                 [this](FragmentStackView *stack) { parameterStackView = stack; })}}
             .tag(scroll),
         B::FragmentStack {B::HorizontalDivider(), previewFragment}
             .tag(bottom)
@@ -234,6 +236,13 @@ QWidget *MainContentViewController::buildParameterStack()
     side->setMinimumWidth(300);
     m_assemblies.push_back(assembly);
     return side;
+}
+
+BuildDirectiveList MainContentViewController::editorFragments()
+{
+    // The editors' fragments (scan, sort, stepper, GPS, the four location fields, pin and output
+    // settings) stand here, between the sources and the columns, once they exist.
+    return {};
 }
 
 QWidget *MainContentViewController::buildOverviewPanel()

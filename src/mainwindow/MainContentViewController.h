@@ -19,6 +19,7 @@ class MinimalPreviewTableViewController;
 class OutputEngine;
 class PinAndStepperController;
 class PreviewTableViewController;
+class BuildDirectiveList;
 class QAbstractButton;
 class QComboBox;
 class QSplitter;
@@ -117,6 +118,7 @@ protected:
 
 private:
     QWidget *buildParameterStack();
+    BuildDirectiveList editorFragments();
     QWidget *buildOverviewPanel();
     void setupSidebarListeners();
     void setupMapListeners();

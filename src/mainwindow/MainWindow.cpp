@@ -115,6 +115,7 @@ void MainWindow::buildMenus(AppDelegate &delegate)
     add(file, tr("&Reload"), QStringLiteral("reload"), reloadKeys, [&delegate] {
         delegate.reload();
     })->setToolTip(tr("Read every file again"));
+    addOutputCommands(file);
     file->addSeparator();
     add(file, tr("&Quit"), QStringLiteral("quit"), {QKeySequence::Quit}, [&delegate] {
         delegate.terminate();
@@ -165,32 +166,19 @@ void MainWindow::buildMenus(AppDelegate &delegate)
     view->addSeparator();
     QMenu *stepper = view->addMenu(tr("&Step Through"));
     auto *stepperModes = new QActionGroup(stepper);
-    const QList<std::pair<StepperMode, std::function<void()>>> commands {
-        {StepperMode::inactive,
-         [&delegate] {
-             delegate.filterInactive();
-         }},
-        {StepperMode::sublocation,
-         [&delegate] {
-             delegate.filterBySublocation();
-         }},
-        {StepperMode::city,
-         [&delegate] {
-             delegate.filterByCity();
-         }},
-        {StepperMode::province,
-         [&delegate] {
-             delegate.filterByProvince();
-         }},
-        {StepperMode::country, [&delegate] {
-             delegate.filterByCountry();
-         }}};
+    const QList<std::pair<StepperMode, void (AppDelegate::*)()>> commands {
+        {StepperMode::inactive, &AppDelegate::filterInactive},
+        {StepperMode::sublocation, &AppDelegate::filterBySublocation},
+        {StepperMode::city, &AppDelegate::filterByCity},
+        {StepperMode::province, &AppDelegate::filterByProvince},
+        {StepperMode::country, &AppDelegate::filterByCountry}};
     for (const auto &[mode, command] : commands) {
         const auto entry
             = std::find_if(stepperModeEntries().cbegin(), stepperModeEntries().cend(),
                            [mode](const StepperModeEntry &e) { return e.mode == mode; });
         QAction *action = add(stepper, tr(entry->popupTitle),
-                              QString::fromLatin1(entry->menuCommand).chopped(1), {}, command);
+                              QString::fromLatin1(entry->menuCommand).chopped(1), {},
+                              [&delegate, command] { (delegate.*command)(); });
         action->setCheckable(true);
         stepperModes->addAction(action);
     }
@@ -218,4 +206,11 @@ void MainWindow::buildMenus(AppDelegate &delegate)
     QMenu *help = bar->addMenu(tr("&Help"));
     delegate.menuItemManager.fillMenu(
         help, {SparkleManagerHuskFacade::groupName, MenuItemManager::helpGroup});
+}
+
+void MainWindow::addOutputCommands(QMenu *file)
+{
+    // Copy Output and Save Output… go here, after Reload, once the output commands exist; the
+    // File menu has nothing in their place until then.
+    Q_UNUSED(file);
 }

@@ -9,6 +9,7 @@ class DataModel;
 class MainContentViewController;
 class OutputEngine;
 class QActionGroup;
+class QMenu;
 
 // The one window: the main content under a menu bar. Closing it asks the application to quit,
 // which may have to wait for writes still on their way to the files. Main thread only.
@@ -40,6 +41,8 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void addOutputCommands(QMenu *file);
+
     DataModel &m_dataModel;
     bool m_painted = false;
 };

@@ -10,9 +10,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <future>
-
 #include <atomic>
+#include <future>
 
 namespace {
 
