@@ -229,15 +229,19 @@ void WriteEngine::waitForCompletion()
     flushImmediately();
     const bool onMainThread = MainQueue::isMainThread();
     for (;;) {
-        m_operationQueue.waitUntilAllOperationsAreFinished();
         if (onMainThread) {
-            // Each batch ends through the main queue, so the wait must let it run.
-            QDeadlineTimer pause(completionPollMs);
+            // Each file's result and each batch's end come through the main queue: the wait
+            // lets them run as they come, so re-reads follow the writes instead of queueing
+            // behind the whole batch, and a progress window keeps painting.
             do {
-                QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-                QThread::msleep(1);
-            } while (!pause.hasExpired());
+                QDeadlineTimer pause(completionPollMs);
+                do {
+                    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+                    QThread::msleep(1);
+                } while (!pause.hasExpired());
+            } while (m_operationQueue.operationCount() > 0);
         } else {
+            m_operationQueue.waitUntilAllOperationsAreFinished();
             QThread::msleep(completionPollMs);
         }
         const bool busy = m_serialQueue.syncValue<bool>(
