@@ -60,6 +60,20 @@ public:
     std::atomic_int operationsMade = 0;
 };
 
+// Puts an operation on the engine's queue that blocks it until the returned promise is kept.
+std::promise<void> holdQueue(OutputEngine &engine)
+{
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::promise<void> started;
+    engine.queue().addOperation([released, &started] {
+        started.set_value();
+        released.wait();
+    });
+    started.get_future().wait();
+    return release;
+}
+
 class RecordingTable : public PreviewTableUpdating
 {
 public:
@@ -193,14 +207,7 @@ void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
     QVERIFY(waitReady());
     // The queue is held while the sources change twice, so the first scan is still waiting
     // when the second change comes: it must be cancelled and never reach the table.
-    std::promise<void> release;
-    std::shared_future<void> released = release.get_future().share();
-    std::promise<void> started;
-    m_engine->queue().addOperation([released, &started] {
-        started.set_value();
-        released.wait();
-    });
-    started.get_future().wait();
+    std::promise<void> release = holdQueue(*m_engine);
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
     m_model->sourceList.deleteAt(0);
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
@@ -221,14 +228,7 @@ void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
     // The first scan waits behind a held queue: until it has finished there is no list, so sort,
     // stepper and output changes start no stage, and the scan's own settings give the result.
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
-    std::promise<void> release;
-    std::shared_future<void> released = release.get_future().share();
-    std::promise<void> started;
-    m_engine->queue().addOperation([released, &started] {
-        started.set_value();
-        released.wait();
-    });
-    started.get_future().wait();
+    std::promise<void> release = holdQueue(*m_engine);
     m_engine->startListening();
     const int queued = m_engine->queue().operationCount();
     m_engine->launchReSortOperation();
