@@ -2,13 +2,15 @@
 // per file, merged and run as one batch through the long-running write worker, each file read
 // again afterwards), and the same tags to copies of the same files with one batch exiftool call,
 // to tell how far Palomet is from ExifTool's own batch speed. Palomet's time runs until the new
-// values of every file are back in the store.
+// values of every file are back in the store. What each write replaced goes to the undo
+// journal, as in the application.
 #include "WriteFixtures.h"
 
 #include "commons/ApplicationStart.h"
 #include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "session/Node.h"
+#include "writing/UndoJournal.h"
 #include "writing/WriteEngine.h"
 
 #include <QCoreApplication>
@@ -78,6 +80,12 @@ int main(int argc, char **argv)
         }
     }
 
+    // Every write is recorded for undo, as in the application; the journal goes to a folder of
+    // its own. PALOMET_BENCH_NO_UNDO=1 leaves it off, for comparison.
+    const bool undo = qEnvironmentVariableIntValue("PALOMET_BENCH_NO_UNDO") == 0;
+    if (undo)
+        UndoJournal::shared().enable(root.filePath(u"data/undo-journal"_s));
+
     // The list's nodes exist and have been read before an apply; that is not part of the write.
     ApplicationStart::installMetadataReaders();
     QList<NodePtr> nodes;
@@ -142,7 +150,11 @@ int main(int argc, char **argv)
     const double batchRate = fileCount / batchSeconds;
     print(u"files: %1 JPEGs of %2 bytes, GPS with references and City"_s.arg(fileCount).arg(
         QFileInfo(original).size()));
-    print(u"load average before the run: %1"_s.arg(loadBefore));
+    print(u"load average before the run: %1, after: %2"_s.arg(loadBefore, loadAverage()));
+    print(undo ? u"undo journal on: %1 commands, %2 bytes"_s
+                     .arg(UndoJournal::shared().commands().size())
+                     .arg(UndoJournal::shared().fileSize())
+               : u"undo journal off"_s);
     print(u"WriteEngine, written and read back into the store: %1 s, %2 files/s"_s
               .arg(palometSeconds, 0, 'f', 2)
               .arg(palometRate, 0, 'f', 1));

@@ -9,11 +9,20 @@
 #       attributes). Exit status 0 when written, 1 when refused or failed (one short line on
 #       standard error), 2 for a malformed call.
 #
-#   set_tag.pl --serve
+#   set_tag.pl --serve [--record-undo]
 #       Long-running: one request per line on standard input, the fields of a one-shot call
 #       separated by single spaces, PATH and DESTINATION in base64 as well. Each answer is the
 #       exit status a one-shot call would have had, on a line of its own, then its message lines,
 #       then the terminator with nothing behind it. Exits at the end of its input.
+#       With --record-undo, a successful answer lists what the write replaced, one
+#       "undo TAG VALUE" line per tag it touched (exact pairs, below), so that writing those
+#       pairs puts the file's metadata back as it was.
+#
+# Exact pairs: a TAG of the form "=Group:Name" is written as named, without the routing of
+# positions and place names. Its VALUE (after the base64 of the transport) is "-" to delete the
+# tag, or the tag's values as ExifTool converts them for storage ("#" values), each in base64,
+# separated by commas. "=Group:*" with "-" deletes a whole group that a write had created;
+# "=File:*" with "-" stands for removing a file that a write had made, which Palomet does itself.
 #
 # Values arrive in base64 so that line feeds and any character survive; once decoded they are
 # UTF-8 text.
@@ -23,7 +32,7 @@ use warnings;
 
 use Cwd ();
 use FindBin;
-use MIME::Base64 qw(decode_base64);
+use MIME::Base64 qw(decode_base64 encode_base64);
 
 # Only the ExifTool that ships with the application: its version is the one the writes were
 # checked against, whatever else the system has installed.
@@ -82,19 +91,28 @@ sub isNumber
 
 # One writer for the worker's life; each request clears its new values first.
 my $writer = Image::ExifTool->new;
+my $recordUndo = 0;
+
+# Groups that a write can create whole, and what deletes one again.
+my %createdGroupDeletion = (IFD0 => 'EXIF:*', ExifIFD => 'ExifIFD:*', GPS => 'GPS:*',
+                            Photoshop => 'Photoshop:*', IPTC => 'IPTC:*', XMP => 'XMP:*');
 
 # Sets the tags of one file. Returns the message of a refusal, or nothing on success.
 sub writeFile
 {
     my ($path, $destination, @encoded) = @_;
     fail(2, 'Error: tags and values must come in pairs') if @encoded % 2;
-    fail(1, 'Error: File not found') unless -e $path;
-    # ExifTool would replace a symbolic link by a file of its own; write the file it points to.
-    $path = Cwd::abs_path($path) if -l $path;
-    fail(1, 'Error: Not a regular file') unless -f $path;
-    # The user made the file read-only, so leave it alone. A file without any write bit counts
-    # as read-only even for root.
-    fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;
+    # An XMP sidecar that does not exist yet is made from the new values alone.
+    my $create = (not -e $path and not -l $path and $path =~ /\.xmp$/i and $destination ne '<none>');
+    unless ($create) {
+        fail(1, 'Error: File not found') unless -e $path;
+        # ExifTool would replace a symbolic link by a file of its own; write the file it points to.
+        $path = Cwd::abs_path($path) if -l $path;
+        fail(1, 'Error: Not a regular file') unless -f $path;
+        # The user made the file read-only, so leave it alone. A file without any write bit counts
+        # as read-only even for root.
+        fail(1, 'Error: File is read-only') unless -w $path and (stat _)[2] & 0222;
+    }
 
     my @pairs;
     for (my $i = 0; $i < @encoded; $i += 2) {
@@ -113,6 +131,9 @@ sub writeFile
         noEXIF     => $withoutEXIF{$fileType} ? 1 : 0,
         noIPTC     => $withoutIPTC{$fileType} ? 1 : 0,
         pairs      => \@pairs,
+        # An undo writes exact pairs; what reverses it is known already.
+        exact      => (grep { $$_{tag} =~ /^=/ } @pairs) ? 1 : 0,
+        create     => $create,
     };
 
     my $inPlace = $destination eq '<none>';
@@ -148,6 +169,7 @@ sub writeFile
         fail(1, "Error: $what can't hold " . join(', ', @names));
     }
 
+    my @undo = ($recordUndo and not $$request{exact}) ? undoPairs($request) : ();
     if ($inPlace) {
         $writer->CopyFileAttrs($path, $destination);
         unless (rename $destination, $path) {
@@ -156,7 +178,75 @@ sub writeFile
             fail(1, "Error: Error renaming temporary file ($cause)");
         }
     }
-    return;
+    return @undo;
+}
+
+# The exact pairs that put back what the last write of the request replaced: every tag that
+# ExifTool's log says it added, changed or deleted, with the values the original holds (an absent
+# tag as "-"), and a group that the write created is deleted whole, which also takes what ExifTool
+# adds by itself inside it (GPS version, a new XMP packet with its toolkit).
+sub undoPairs
+{
+    my ($request) = @_;
+    # A file the write made goes again as a whole.
+    return ('=File:*', '-') if $$request{create};
+    my $log = $$request{log};
+    my (%created, @touched, %seenTag);
+    foreach my $line (split /\n/, $log) {
+        if ($line =~ /^\s*Creating (\w+)\s*$/ and $createdGroupDeletion{$1}) {
+            $created{$1} = 1;
+        } elsif ($line =~ /^\s*[-+] ([\w-]+):([\w-]+) = /) {
+            push @touched, [$1, $2] unless $seenTag{"$1:$2"}++;
+        }
+    }
+    # Tags inside a created group go with it.
+    my %within = (IFD0 => [qw(IFD0 ExifIFD GPS InteropIFD IFD1)], ExifIFD => ['ExifIFD'],
+                  GPS => ['GPS'], Photoshop => [qw(Photoshop IPTC)], IPTC => ['IPTC'],
+                  XMP => [qr/^XMP/]);
+    my @pairs;
+    my %coveredBy;
+    foreach my $group (sort keys %created) {
+        push @pairs, "=$createdGroupDeletion{$group}", '-';
+    }
+    my @left = grep {
+        my $group = $$_[0];
+        not grep { my $g = $_; grep { ref $_ ? $group =~ $_ : $group eq $_ } @{$within{$g}} }
+            keys %created
+    } @touched;
+    return @pairs unless @left;
+
+    my $info = Image::ExifTool->new;
+    $info->Options(Charset => 'UTF8', List => 1, Duplicates => 1, Struct => 0, Binary => 1,
+                   FastScan => 0);
+    $info->ExtractInfo($$request{path});
+    my %original;
+    foreach my $tag ($info->GetFoundTags('File')) {
+        my $key = $info->GetGroup($tag, 1) . ':' . Image::ExifTool::GetTagName($tag);
+        next if exists $original{$key};
+        my $value = $info->GetValue($tag, 'ValueConv');
+        next unless defined $value;
+        $original{$key} = [ map { ref $_ eq 'SCALAR' ? $$_ : $_ }
+                            ref $value eq 'ARRAY' ? @$value : ($value) ];
+    }
+    foreach my $entry (@left) {
+        my $key = "$$entry[0]:$$entry[1]";
+        # The log names a tag of a language ("GPSCoordinates-und") where reading gives the plain
+        # name; written plain, it takes that language again.
+        $key = "$$entry[0]:$1" if not $original{$key} and $$entry[1] =~ /^(.+)-[a-z]{2,3}(?:-[A-Z]{2})?$/
+                                  and $original{"$$entry[0]:$1"};
+        my $values = $original{$key};
+        push @pairs, "=$key",
+            $values ? join(',', map { encode_base64(encodeBytes($_), '') } @$values) : '-';
+    }
+    return @pairs;
+}
+
+# A value as the bytes ExifTool stores it from: text that Perl holds as characters goes as UTF-8.
+sub encodeBytes
+{
+    my ($value) = @_;
+    utf8::encode($value) if utf8::is_utf8($value);
+    return $value;
 }
 
 # What the file holds now, read at most once per request and only when a decision needs it:
@@ -229,6 +319,18 @@ sub writeOnce
     my (%iptcText, $quickTimeLatitude, $quickTimeLongitude);
     foreach my $pair (@{$$request{pairs}}) {
         my ($tag, $value) = @$pair{qw(tag value)};
+        if ($tag =~ /^=([\w-]+):([\w-]+|\*)$/) {
+            my $exact = "$1:$2";
+            if ($value eq '-') {
+                my ($count, $error) = $writer->SetNewValue($exact, undef, Protected => 1);
+                fail(1, "Error: $error") if $error and not $count;
+            } else {
+                my @values = map { decode_base64($_) } split /,/, $value, -1;
+                setValue($exact, @values > 1 ? \@values : $values[0], Type => 'ValueConv',
+                         Protected => 1);
+            }
+            next;
+        }
         my ($group, $name, $numeric) = $tag =~ /^(?:([\w-]+):)?([\w-]+)(#?)$/;
         fail(2, "Error: Invalid tag name $tag") unless defined $name;
         $group //= '';
@@ -317,10 +419,11 @@ sub writeOnce
     open my $logHandle, '>', \$log or fail(1, 'Error: no memory for the write log');
     $writer->Options(Verbose => 2, TextOut => $logHandle);
     $! = 0;
-    my $result = $writer->WriteInfo($$request{path}, $destination);
+    my $result = $writer->WriteInfo($$request{create} ? undef : $$request{path}, $destination);
     my $cause = "$!";
     $writer->Options(Verbose => 0, TextOut => \*STDERR);
     close $logHandle;
+    $$request{log} = $log;
     my $error = $writer->GetValue('Error');
     if ($result == 0 or $error) {
         unlink $destination;
@@ -389,15 +492,21 @@ sub keepIPTCText
 sub handle
 {
     my @arguments = @_;
-    my $outcome = eval { writeFile(@arguments); 1 };
-    return (0, '') if $outcome;
+    my @undo;
+    my $outcome = eval { @undo = writeFile(@arguments); 1 };
+    if ($outcome) {
+        my @lines;
+        push @lines, "undo $undo[$_] $undo[$_ + 1]" for grep { $_ % 2 == 0 } 0 .. $#undo;
+        return (0, join("\n", @lines));
+    }
     my $failure = $@;
     return ($$failure{status}, $$failure{message}) if ref $failure eq 'HASH';
     $failure =~ s/\s+$//;
     return (1, "Error: $failure");
 }
 
-if (@ARGV == 1 and $ARGV[0] eq '--serve') {
+if (@ARGV and $ARGV[0] eq '--serve' and (@ARGV == 1 or (@ARGV == 2 and $ARGV[1] eq '--record-undo'))) {
+    $recordUndo = @ARGV == 2;
     binmode STDIN;
     binmode STDOUT;
     $| = 1;

@@ -6,6 +6,7 @@
 #include "acquisition/ImageIOHelper.h"
 #include "acquisition/SpotlightHelper.h"
 #include "metadata/DataCoordinator.h"
+#include "writing/UndoJournal.h"
 #include "writing/WriteEngine.h"
 #include "writing/WriteJournal.h"
 
@@ -48,6 +49,8 @@ void installWritePath()
     // A write that the end of the last run cut off is finished first: its file gets its
     // recovery copy back before anything reads or writes it.
     WriteJournal::recoverUnfinishedWrites();
+    // Before the first write, so that every write the engine runs can be undone.
+    UndoJournal::shared().enable();
     PendingWriteSink::install(&WriteEngine::shared());
 }
 

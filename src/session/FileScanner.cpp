@@ -1,6 +1,7 @@
 #include "FileScanner.h"
 
 #include "StringHelpers.h"
+#include "metadata/SidecarFiles.h"
 #include "platform/FileAttributes.h"
 
 #include <QFile>
@@ -63,6 +64,7 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
         childPath += '/';
     const qsizetype childPathBase = childPath.size();
     FolderBatch batch;
+    QList<std::pair<QString, QString>> xmpFiles;
 
     while (const dirent *entry = ::readdir(directory)) {
         const char *rawName = entry->d_name;
@@ -114,8 +116,23 @@ void FileScanner::walk(const QByteArray &folder, const QString &relativeFolder,
             }
             continue;
         }
-        if (includeFiles == IncludeFiles::Yes)
-            batch.add(*this, Kind::File, name, fullPath, relativeFolder);
+        if (includeFiles == IncludeFiles::Yes) {
+            // An XMP file waits until the folder is known: a sidecar is not an item of its own.
+            if (SidecarFiles::isXMPFile(name))
+                xmpFiles.append({name, fullPath});
+            else
+                batch.add(*this, Kind::File, name, fullPath, relativeFolder);
+        }
+    }
+    if (!xmpFiles.isEmpty()) {
+        QStringList names;
+        ::rewinddir(directory);
+        while (const dirent *entry = ::readdir(directory))
+            names << QFile::decodeName(entry->d_name);
+        for (const auto &[name, fullPath] : std::as_const(xmpFiles)) {
+            if (!SidecarFiles::isSidecarOf(name, names))
+                batch.add(*this, Kind::File, name, fullPath, relativeFolder);
+        }
     }
     ::closedir(directory);
     batch.scheduleReads();

@@ -7,8 +7,10 @@
 #include "output/CSVOutputFormat.h"
 #include "output/CopyToExcelFormat.h"
 #include "output/CopyToHTMLEditorOutputFormat.h"
+#include "output/GPXOutputFormat.h"
 #include "output/HTMLOutputFormat.h"
 #include "output/JSONOutputFormat.h"
+#include "output/KMLOutputFormat.h"
 #include "output/TSVOutputFormat.h"
 #include "platform/MainQueue.h"
 
@@ -31,6 +33,8 @@ OutputEngine::OutputEngine(DataModel *dataModel)
                          std::make_shared<CopyToHTMLEditorOutputFormat>());
     outputFormats.insert(int(OutputFormatIndexEnum::CopyToExcel),
                          std::make_shared<CopyToExcelFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::KML), std::make_shared<KMLOutputFormat>());
+    outputFormats.insert(int(OutputFormatIndexEnum::GPX), std::make_shared<GPXOutputFormat>());
     outputCompletePublisher->addColdListener([](bool) {});
 }
 

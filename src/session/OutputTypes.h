@@ -17,19 +17,23 @@ enum class OutputFormatIndexEnum : int {
     JSON = 5,
     HTML = 2,
     CopyToHTML = 3,
-    CopyToExcel = 4
+    CopyToExcel = 4,
+    // Map formats added after the list formats, with numbers of their own.
+    KML = 6,
+    GPX = 7
 };
 
 namespace OutputFormatIndex {
 // In declared order.
-inline constexpr std::array<OutputFormatIndexEnum, 6> allCases = {
+inline constexpr std::array<OutputFormatIndexEnum, 8> allCases = {
     OutputFormatIndexEnum::CSV,        OutputFormatIndexEnum::TSV,
     OutputFormatIndexEnum::JSON,       OutputFormatIndexEnum::HTML,
     OutputFormatIndexEnum::CopyToHTML, OutputFormatIndexEnum::CopyToExcel,
+    OutputFormatIndexEnum::KML,        OutputFormatIndexEnum::GPX,
 };
 inline bool isValidRawValue(int raw)
 {
-    return raw >= 0 && raw <= 5;
+    return raw >= 0 && raw <= 7;
 }
 } // namespace OutputFormatIndex
 

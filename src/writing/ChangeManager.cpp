@@ -5,6 +5,7 @@
 #include "location/GPSCoordinateComponent.h"
 #include "location/IPTCLocationComponent.h"
 #include "metadata/MetadataStorage.h"
+#include "metadata/SidecarFiles.h"
 #include "session/DataModel.h"
 
 #include <QFileInfo>
@@ -20,6 +21,11 @@ DataModel *applicationDataModel = nullptr;
 void ChangeManager::setDataModel(DataModel *model)
 {
     applicationDataModel = model;
+}
+
+bool ChangeManager::hasDataModel()
+{
+    return applicationDataModel != nullptr;
 }
 
 DataModel &ChangeManager::dataModel()
@@ -59,6 +65,15 @@ QStringList ChangeManager::gpsTagValuePairs(const QString &fileExtension, const 
         pairs << u"GPSLongitudeRef"_s << (longitude.startsWith(u'-') ? u"West"_s : u"East"_s);
         pairs << u"GPSLatitudeRef"_s << (latitude.startsWith(u'-') ? u"South"_s : u"North"_s);
     }
+    return pairs;
+}
+
+QStringList ChangeManager::positionTagValuePairs(const QString &path, const QString &latitude,
+                                                 const QString &longitude)
+{
+    QStringList pairs = gpsTagValuePairs(QFileInfo(path).suffix(), latitude, longitude);
+    if (xmpPresent(path))
+        pairs << u"XMP:GPSLatitude"_s << latitude << u"XMP:GPSLongitude"_s << longitude;
     return pairs;
 }
 
@@ -142,11 +157,11 @@ void ChangeManager::applyGPSCoordinates(const QString &latitude, const QString &
     PendingWriteSink &sink = PendingWriteSink::shared();
     sink.clearErrors();
     for (const NodePtr &node : selection) {
-        const QString &path = node->absolutePath;
-        QStringList pairs = gpsTagValuePairs(QFileInfo(path).suffix(), latitude, longitude);
-        if (xmpPresent(path))
-            pairs << u"XMP:GPSLatitude"_s << latitude << u"XMP:GPSLongitude"_s << longitude;
-        sink.addPendingWrite({path, pairs, node, reannounceSelectionHandler()});
+        // The file, its XMP sidecar or both, as the settings and the file's type say.
+        for (const QString &path : SidecarFiles::writeTargets(node->absolutePath)) {
+            sink.addPendingWrite({path, positionTagValuePairs(path, latitude, longitude), node,
+                                  reannounceSelectionHandler()});
+        }
     }
     sink.flushImmediately();
 }
@@ -163,11 +178,13 @@ void ChangeManager::applyTagsToCurrentSelection(const QStringList &tagValuePairs
     PendingWriteSink &sink = PendingWriteSink::shared();
     sink.clearErrors();
     for (const NodePtr &node : selection) {
-        const QString &path = node->absolutePath;
-        // Decided per file: one selection may go out with plain tags for some files and MWG
-        // tags for others.
-        const QStringList pairs = xmpPresent(path) ? remappedToMWG(tagValuePairs) : tagValuePairs;
-        sink.addPendingWrite({path, pairs, node, reannounceSelectionHandler()});
+        for (const QString &path : SidecarFiles::writeTargets(node->absolutePath)) {
+            // Decided per file: one selection may go out with plain tags for some files and MWG
+            // tags for others.
+            const QStringList pairs
+                = xmpPresent(path) ? remappedToMWG(tagValuePairs) : tagValuePairs;
+            sink.addPendingWrite({path, pairs, node, reannounceSelectionHandler()});
+        }
     }
     sink.flushImmediately();
 }

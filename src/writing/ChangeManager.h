@@ -20,6 +20,9 @@ public:
 
     // The application's data model, which must be set before any apply; not owned.
     static void setDataModel(DataModel *model);
+    static bool hasDataModel();
+    // Re-assigns the selection once a file was written, so every view reads what is on disk.
+    static std::function<void(bool)> reannounceSelectionHandler();
 
     static void applyGPSToCurrentSelection();
     static void applyCurrentPinnedGPSToCurrentSelection();
@@ -34,6 +37,9 @@ public:
     // The pairs of one position for a file with the given extension, without the XMP pairs.
     static QStringList gpsTagValuePairs(const QString &fileExtension, const QString &latitude,
                                         const QString &longitude);
+    // All the pairs of one position for the file: with the XMP copy where the file has XMP.
+    static QStringList positionTagValuePairs(const QString &path, const QString &latitude,
+                                             const QString &longitude);
 
 private:
     static DataModel &dataModel();
@@ -42,6 +48,5 @@ private:
                                             const std::function<void()> &beforeWriting);
     static void applyPinnedField(const QString &pinnedText, const QString &tag,
                                  IPTCLocationComponent &component);
-    static std::function<void(bool)> reannounceSelectionHandler();
     static bool xmpPresent(const QString &path);
 };

@@ -13,7 +13,8 @@ void requireEvenLength(const QStringList &pairs, const QString &path)
 ConsolidatedWrite ConsolidatedWrite::fromPendingWrite(const PendingWrite &write)
 {
     requireEvenLength(write.tagValuePairs, write.filePath);
-    ConsolidatedWrite consolidated {write.filePath, write.node, write.tagValuePairs, {}};
+    ConsolidatedWrite consolidated {write.filePath,    write.node,          write.tagValuePairs, {},
+                                    write.undoCommand, write.reversingPairs};
     if (write.completionHandler)
         consolidated.completionHandlers.append(write.completionHandler);
     return consolidated;

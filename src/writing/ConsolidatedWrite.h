@@ -15,6 +15,9 @@ struct ConsolidatedWrite
     NodePtr node;
     QStringList allTagValuePairs;
     QList<std::function<void(bool)>> completionHandlers;
+    // Those of the first edit (see PendingWrite).
+    quint64 undoCommand = 0;
+    QStringList reversingPairs;
 
     // Takes the first edit as it stands: repeats within its own list are left to the worker.
     static ConsolidatedWrite fromPendingWrite(const PendingWrite &write);

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <cerrno>
 #include <cstring>
 #include <unistd.h>
 
@@ -53,16 +54,17 @@ bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tag
                 QFileInfo(script).absolutePath(), ChildProcess::Input::Inherited,
                 ChildProcess::ErrorOutput::IntoOutput);
             if (started.launchError != 0)
-                return WorkerResult {0, QString(), launchFailure(started.launchError)};
+                return WorkerResult {0, QString(), launchFailure(started.launchError), {}};
             const QByteArray output = ChildProcess::readToEnd(started.output);
             close(started.output);
             const ChildProcess::Exit exit = ChildProcess::waitForExit(started.pid);
-            return WorkerResult {exit.status, QString::fromUtf8(output), std::nullopt};
+            return WorkerResult {exit.status, QString::fromUtf8(output), std::nullopt, {}};
         });
 }
 
 bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
-                                     std::optional<QString> &errorMessage, WriteWorker &worker)
+                                     std::optional<QString> &errorMessage, WriteWorker &worker,
+                                     WriteRecording *recording)
 {
     return writeFile(
         path, tagValuePairs, errorMessage,
@@ -72,24 +74,30 @@ bool ExifWriteManager::setTagsOfFile(const QString &path, const QStringList &tag
             using Outcome = WriteWorker::Answer::Outcome;
             switch (answer.outcome) {
             case Outcome::answered:
-                return WorkerResult {answer.status, answer.output, std::nullopt};
+                return WorkerResult {answer.status, answer.output, std::nullopt, answer.undoPairs};
             case Outcome::notStarted:
-                return WorkerResult {0, QString(), launchFailure(answer.launchError)};
+                return WorkerResult {0, QString(), launchFailure(answer.launchError), {}};
             case Outcome::stopped:
-                return WorkerResult {0, QString(),
+                return WorkerResult {0,
+                                     QString(),
                                      QStringLiteral("The write worker stopped unexpectedly; the "
-                                                    "file was left as it was")};
+                                                    "file was left as it was"),
+                                     {}};
             case Outcome::hung:
-                return WorkerResult {0, QString(),
+                return WorkerResult {0,
+                                     QString(),
                                      QStringLiteral("The write worker stopped answering; the file "
-                                                    "was left as it was")};
+                                                    "was left as it was"),
+                                     {}};
             }
             return WorkerResult {};
-        });
+        },
+        recording);
 }
 
 bool ExifWriteManager::writeFile(const QString &path, const QStringList &tagValuePairs,
-                                 std::optional<QString> &errorMessage, const WorkerRun &run)
+                                 std::optional<QString> &errorMessage, const WorkerRun &run,
+                                 WriteRecording *recording)
 {
     if (tagValuePairs.size() % 2 != 0)
         qFatal("setTagsOfFile: the tag and value list has an odd length (%lld)",
@@ -102,6 +110,19 @@ bool ExifWriteManager::writeFile(const QString &path, const QStringList &tagValu
     if (!QFileInfo::exists(workerScript())) {
         errorMessage = QStringLiteral("Failed to locate exiftool");
         return false;
+    }
+
+    // The undo of a file that a write made (a new sidecar) removes it.
+    if (tagValuePairs == removalPairs()) {
+        if (recording && recording->willReplace)
+            recording->willReplace({});
+        if (unlink(QFile::encodeName(path).constData()) != 0 && errno != ENOENT) {
+            errorMessage = parseExifToolError(QStringLiteral("Error: ") + errorText(errno), 1);
+            return false;
+        }
+        if (recording)
+            recording->written = FileStamp::absent();
+        return true;
     }
 
     const std::unique_ptr<FileReplacement> replacement
@@ -118,12 +139,22 @@ bool ExifWriteManager::writeFile(const QString &path, const QStringList &tagValu
         errorMessage = parseExifToolError(result.output, result.status);
         return false;
     }
+    if (recording && recording->willReplace)
+        recording->willReplace(result.undoPairs);
     QString why;
     if (!replacement->commit(&why)) {
         errorMessage = parseExifToolError(QStringLiteral("Error: ") + why, 1);
         return false;
     }
+    if (recording)
+        recording->written = FileStamp::of(replacement->target());
     return true;
+}
+
+const QStringList &ExifWriteManager::removalPairs()
+{
+    static const QStringList pairs = {QStringLiteral("=File:*"), QStringLiteral("-")};
+    return pairs;
 }
 
 QList<QByteArray> ExifWriteManager::workerArguments(const QString &path, const QString &destination,

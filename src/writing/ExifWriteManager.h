@@ -7,8 +7,18 @@
 #include <functional>
 #include <optional>
 
+#include "FileStamp.h"
+
 class FileReplacement;
 class WriteWorker;
+
+// What a recorded write tells its caller: the pairs that undo it, before the new file takes the
+// old one's place, and the file's stamp once it has.
+struct WriteRecording
+{
+    std::function<void(const QStringList &undoPairs)> willReplace;
+    std::optional<FileStamp> written;
+};
 
 // Performs one write to one file: has the write worker (set_tag.pl beside ExifTool in the
 // resource folder) write the file anew beside the original, turns a failure into a short
@@ -29,13 +39,19 @@ public:
     bool setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
                        std::optional<QString> &errorMessage);
     // The same through a long-running worker, which the write queue keeps while writes come.
+    // With a recording (and a worker that records undo), the pairs that undo the write are
+    // handed over before the file is replaced, and the stamp of the written file is kept.
     bool setTagsOfFile(const QString &path, const QStringList &tagValuePairs,
-                       std::optional<QString> &errorMessage, WriteWorker &worker);
+                       std::optional<QString> &errorMessage, WriteWorker &worker,
+                       WriteRecording *recording = nullptr);
 
     // The one-shot child's arguments: the path, where the new file goes, then each tag and its
     // value's UTF-8 in base64.
     static QList<QByteArray> workerArguments(const QString &path, const QString &destination,
                                              const QStringList &tagValuePairs);
+
+    // The pairs that undo the making of a file: written, they remove it.
+    static const QStringList &removalPairs();
 
     // The user's message for the worker's output and exit status.
     static QString parseExifToolError(const QString &output, int terminationStatus);
@@ -49,9 +65,11 @@ private:
         int status = 0;
         QString output;
         std::optional<QString> failure;
+        QStringList undoPairs;
     };
     using WorkerRun = std::function<WorkerResult(const FileReplacement &, const QStringList &)>;
 
     static bool writeFile(const QString &path, const QStringList &tagValuePairs,
-                          std::optional<QString> &errorMessage, const WorkerRun &run);
+                          std::optional<QString> &errorMessage, const WorkerRun &run,
+                          WriteRecording *recording = nullptr);
 };

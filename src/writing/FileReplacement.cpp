@@ -125,7 +125,17 @@ bool FileReplacement::commit(QString *errorText)
         return true;
     }
 
-    if (m_exists && m_status.st_nlink <= 1) {
+    // A new file (a sidecar made for the write) has nothing to keep.
+    if (!m_exists) {
+        if (rename(temporary.constData(), native(m_target).constData()) != 0) {
+            *errorText
+                = QStringLiteral("Error renaming temporary file (%1)").arg(::errorText(errno));
+            return false;
+        }
+        m_committed = true;
+        return true;
+    }
+    if (m_status.st_nlink <= 1) {
         const int fd = open(temporary.constData(), O_RDWR | O_CLOEXEC);
         const bool kept = fd >= 0 && reapplyExistingAttributes(fd);
         if (fd >= 0)

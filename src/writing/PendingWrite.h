@@ -16,4 +16,8 @@ struct PendingWrite
     NodePtr node;
     // Called on the main thread with the write's success; may be empty.
     std::function<void(bool)> completionHandler;
+    // Set for the writes of an undo or a redo: the undo journal's command they belong to and the
+    // pairs that reverse them. An edit leaves both empty and joins its batch's command.
+    quint64 undoCommand = 0;
+    QStringList reversingPairs;
 };

@@ -1,6 +1,7 @@
 #include "WriteEngine.h"
 
 #include "FileOperationLock.h"
+#include "UndoJournal.h"
 #include "WriteOperation.h"
 #include "WriteWorker.h"
 #include "platform/AlertPresenter.h"
@@ -255,7 +256,8 @@ std::shared_ptr<WriteWorker> WriteEngine::writeWorker()
 {
     return m_serialQueue.syncValue<std::shared_ptr<WriteWorker>>([this] {
         if (!m_writeWorker)
-            m_writeWorker = std::make_shared<WriteWorker>();
+            m_writeWorker = std::make_shared<WriteWorker>(WriteWorker::defaultHangTimeout,
+                                                          UndoJournal::shared().isEnabled());
         return m_writeWorker;
     });
 }

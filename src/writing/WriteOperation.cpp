@@ -1,6 +1,7 @@
 #include "WriteOperation.h"
 
 #include "ExifWriteManager.h"
+#include "UndoJournal.h"
 #include "WriteEngine.h"
 #include "WriteWorker.h"
 #include "metadata/DataCoordinator.h"
@@ -33,6 +34,10 @@ void WriteOperation::main()
     std::shared_ptr<WriteWorker> worker;
     if (std::shared_ptr<WriteEngine> engine = m_engine.lock())
         worker = engine->writeWorker();
+    UndoJournal &journal = UndoJournal::shared();
+    const bool recording = worker && journal.isEnabled();
+    // The batch's edits form one command of the journal, named when its first file is written.
+    quint64 batchCommand = 0;
     for (int index = 0; index < m_consolidatedWrites.size(); ++index) {
         if (isCancelled())
             break;
@@ -43,13 +48,31 @@ void WriteOperation::main()
             m_currentFilePath = write.filePath;
         }
         std::optional<QString> errorMessage;
+        WriteRecording record;
+        quint64 command = write.undoCommand;
+        if (recording) {
+            record.willReplace = [&](const QStringList &undoPairs) {
+                if (command == 0) {
+                    if (batchCommand == 0)
+                        batchCommand = journal.beginCommand(UndoJournal::Kind::edit, 0, editName());
+                    command = batchCommand;
+                }
+                journal.willWrite(command, write.filePath, write.allTagValuePairs,
+                                  write.undoCommand != 0 ? write.reversingPairs : undoPairs);
+            };
+        }
         const bool success = worker
             ? ExifWriteManager::shared().setTagsOfFile(write.filePath, write.allTagValuePairs,
-                                                       errorMessage, *worker)
+                                                       errorMessage, *worker,
+                                                       recording ? &record : nullptr)
             : ExifWriteManager::shared().setTagsOfFile(write.filePath, write.allTagValuePairs,
                                                        errorMessage);
+        if (success && record.written)
+            journal.didWrite(command, write.filePath, *record.written);
         reportResult(write, success, errorMessage, m_engine);
     }
+    if (recording)
+        journal.sync();
 
     // Keeps this operation alive, and so readable by the engine's status, until the engine has
     // seen all of the batch's results.
@@ -58,6 +81,16 @@ void WriteOperation::main()
         if (std::shared_ptr<WriteEngine> engine = self->m_engine.lock())
             engine->operationFinished(self);
     });
+}
+
+QString WriteOperation::editName() const
+{
+    QStringList pairs;
+    for (const ConsolidatedWrite &write : m_consolidatedWrites) {
+        if (write.undoCommand == 0)
+            pairs << write.allTagValuePairs;
+    }
+    return UndoJournal::describeTags(pairs);
 }
 
 void WriteOperation::reportResult(const ConsolidatedWrite &write, bool success,

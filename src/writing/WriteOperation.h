@@ -31,6 +31,8 @@ public:
     const QList<ConsolidatedWrite> &consolidatedWrites() const { return m_consolidatedWrites; }
 
 private:
+    // The words for the tags of the batch's edits, for the name of its undo.
+    QString editName() const;
     static void reportResult(const ConsolidatedWrite &write, bool success,
                              const std::optional<QString> &errorMessage,
                              const std::weak_ptr<WriteEngine> &engine);

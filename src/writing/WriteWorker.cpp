@@ -22,13 +22,15 @@ constexpr std::chrono::milliseconds longestPoll = std::chrono::seconds(1);
 
 } // namespace
 
-WriteWorker::WriteWorker(std::chrono::milliseconds hangTimeout)
-    : WriteWorker(Resources::path(QStringLiteral("set_tag.pl")), hangTimeout)
+WriteWorker::WriteWorker(std::chrono::milliseconds hangTimeout, bool recordUndo)
+    : WriteWorker(Resources::path(QStringLiteral("set_tag.pl")), hangTimeout, recordUndo)
 { }
 
-WriteWorker::WriteWorker(const QString &launchPath, std::chrono::milliseconds hangTimeout)
+WriteWorker::WriteWorker(const QString &launchPath, std::chrono::milliseconds hangTimeout,
+                         bool recordUndo)
     : m_launchPath(launchPath)
     , m_hangTimeout(hangTimeout)
+    , m_recordUndo(recordUndo)
 { }
 
 WriteWorker::~WriteWorker()
@@ -42,9 +44,12 @@ WriteWorker::~WriteWorker()
 
 bool WriteWorker::launch(int *launchError)
 {
-    const ChildProcess::Started started = ChildProcess::start(
-        m_launchPath, {QByteArrayLiteral("--serve")}, QFileInfo(m_launchPath).absolutePath(),
-        ChildProcess::Input::Pipe, ChildProcess::ErrorOutput::Inherited);
+    QList<QByteArray> arguments = {QByteArrayLiteral("--serve")};
+    if (m_recordUndo)
+        arguments << QByteArrayLiteral("--record-undo");
+    const ChildProcess::Started started
+        = ChildProcess::start(m_launchPath, arguments, QFileInfo(m_launchPath).absolutePath(),
+                              ChildProcess::Input::Pipe, ChildProcess::ErrorOutput::Inherited);
     if (started.launchError != 0) {
         *launchError = started.launchError;
         return false;
@@ -84,7 +89,7 @@ WriteWorker::Answer WriteWorker::write(const QString &path, const QString &desti
     }
     if (!ChildProcess::writeAll(m_input, request(path, destination, tagValuePairs))) {
         stop();
-        return {Answer::Outcome::stopped, 0, QString(), 0};
+        return {Answer::Outcome::stopped, 0, QString(), 0, {}};
     }
     return waitForAnswer();
 }
@@ -109,7 +114,7 @@ WriteWorker::Answer WriteWorker::waitForAnswer()
                 continue;
             if (count <= 0) {
                 stop();
-                return {Answer::Outcome::stopped, 0, QString(), 0};
+                return {Answer::Outcome::stopped, 0, QString(), 0, {}};
             }
             buffer.append(chunk, count);
             lastSign = Clock::now();
@@ -123,7 +128,7 @@ WriteWorker::Answer WriteWorker::waitForAnswer()
             lastSign = Clock::now();
         } else if (Clock::now() - lastSign >= m_hangTimeout) {
             stop();
-            return {Answer::Outcome::hung, 0, QString(), 0};
+            return {Answer::Outcome::hung, 0, QString(), 0, {}};
         }
     }
 
@@ -135,9 +140,19 @@ WriteWorker::Answer WriteWorker::waitForAnswer()
     if (!isNumber || lineEnd < 0) {
         // Not a worker of ours: it can't be trusted with the next file either.
         stop();
-        return {Answer::Outcome::stopped, 0, QString(), 0};
+        return {Answer::Outcome::stopped, 0, QString(), 0, {}};
     }
-    answer.output = QString::fromUtf8(buffer.mid(lineEnd + 1));
+    // "undo TAG VALUE" lines come only with a success; the rest is the message.
+    QByteArrayList messageLines;
+    for (const QByteArray &line : buffer.mid(lineEnd + 1).split('\n')) {
+        const QList<QByteArray> fields = line.split(' ');
+        if (answer.status == 0 && fields.size() == 3 && fields.at(0) == "undo")
+            answer.undoPairs << QString::fromLatin1(fields.at(1))
+                             << QString::fromLatin1(fields.at(2));
+        else
+            messageLines << line;
+    }
+    answer.output = QString::fromUtf8(messageLines.join('\n'));
     return answer;
 }
 

@@ -31,11 +31,17 @@ public:
         int status = 0;
         QString output;
         int launchError = 0;
+        // With recordUndo, the exact tag, value pairs that put back what a successful write
+        // replaced; they are not part of output.
+        QStringList undoPairs;
     };
 
-    explicit WriteWorker(std::chrono::milliseconds hangTimeout = defaultHangTimeout);
+    // With recordUndo the worker tells, for each successful write, what the write replaced.
+    explicit WriteWorker(std::chrono::milliseconds hangTimeout = defaultHangTimeout,
+                         bool recordUndo = false);
     // A stand-in worker at launchPath, for tests.
-    WriteWorker(const QString &launchPath, std::chrono::milliseconds hangTimeout);
+    WriteWorker(const QString &launchPath, std::chrono::milliseconds hangTimeout,
+                bool recordUndo = false);
     // Closes the worker's input, which makes it exit; does not wait for it.
     ~WriteWorker();
 
@@ -60,6 +66,7 @@ private:
 
     const QString m_launchPath;
     const std::chrono::milliseconds m_hangTimeout;
+    const bool m_recordUndo;
     pid_t m_pid = -1;
     int m_input = -1; // our end of the worker's standard input
     int m_output = -1; // our end of the worker's standard output

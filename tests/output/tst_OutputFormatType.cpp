@@ -112,6 +112,10 @@ void tst_OutputFormatType::fileTypes_data()
     QTest::newRow("HTML, upper case kept")
         << int(OutputFormatIndexEnum::HTML) << QStringList {u"html"_s, u"htm"_s} << u"LIST.HTM"_s
         << u"LIST.HTM"_s;
+    QTest::newRow("KML") << int(OutputFormatIndexEnum::KML) << QStringList {u"kml"_s} << u"places"_s
+                         << u"places.kml"_s;
+    QTest::newRow("GPX") << int(OutputFormatIndexEnum::GPX) << QStringList {u"gpx"_s}
+                         << u"places.xml"_s << u"places.xml.gpx"_s;
     QTest::newRow("map format") << int(OutputFormatIndexEnum::CSV) << QStringList {u"csv"_s}
                                 << QString() << QString();
     QTest::newRow("spreadsheet form") << int(OutputFormatIndexEnum::CopyToExcel)
