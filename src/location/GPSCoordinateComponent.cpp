@@ -1,18 +1,14 @@
 #include "GPSCoordinateComponent.h"
 
-#include "acquisition/ExifToolHelper.h"
 #include "location/LocationHelper.h"
-#include "metadata/DataCoordinator.h"
 #include "metadata/MultiNodeCombinedValuesRequest.h"
 #include "platform/Beeper.h"
 #include "platform/ClipboardWriter.h"
 #include "platform/MainQueue.h"
 #include "session/DataModel.h"
 #include "writing/ChangeManager.h"
-#include "writing/ExifWriteManager.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 
 #include <cmath>
 
@@ -68,17 +64,6 @@ FieldValue classify(const CombinedValuesWrapper &combined)
         break;
     }
     return {placeholderWord("<none>"), {}, true};
-}
-
-// The tag list of the Apply button: references after both numbers, latitude first.
-QStringList applyButtonPairs(const QString &path, const QString &latitude, const QString &longitude)
-{
-    QStringList pairs = {u"GPSLatitude#"_s, latitude, u"GPSLongitude#"_s, longitude};
-    if (!ExifToolHelper::isQuickTimeFamily(QFileInfo(path).suffix())) {
-        pairs << u"GPSLatitudeRef"_s << (latitude.startsWith(u'-') ? u"South"_s : u"North"_s);
-        pairs << u"GPSLongitudeRef"_s << (longitude.startsWith(u'-') ? u"West"_s : u"East"_s);
-    }
-    return pairs;
 }
 
 } // namespace
@@ -295,7 +280,8 @@ void GPSCoordinateComponent::handleLatitudeReturn()
 void GPSCoordinateComponent::handleLongitudeReturn()
 {
     reformatField(false);
-    // Unlike the latitude, the longitude writes through the Apply button's synchronous path.
+    // Unlike the latitude, the longitude goes through the Apply button, which writes two
+    // emptied fields as 0, 0 where the latitude's path writes nothing.
     if (m_applyEnabled)
         executeApplyButton();
 }
@@ -392,18 +378,9 @@ void GPSCoordinateComponent::executeApplyButton()
         return;
     }
     // Two empty fields parse as 0, 0, so emptying them writes that position rather than
-    // removing the old one.
-    const QString latitude = storedForm(pair->latitude);
-    const QString longitude = storedForm(pair->longitude);
-    const QList<NodePtr> selection = m_model.selectedNodes();
-    for (const NodePtr &node : selection) {
-        std::optional<QString> errorMessage;
-        ExifWriteManager::shared().setTagsOfFile(
-            node->absolutePath, applyButtonPairs(node->absolutePath, latitude, longitude),
-            errorMessage);
-        DataCoordinator::shared().invalidateData(node);
-    }
-    m_model._selectedNodes->setValue(m_model._selectedNodes->value());
+    // removing the old one. The write goes through the write engine like every other edit, so
+    // a large selection neither blocks the window nor fails without a word.
+    ChangeManager::applyGPSCoordinates(storedForm(pair->latitude), storedForm(pair->longitude));
 }
 
 void GPSCoordinateComponent::executeAddFlagButton()
@@ -419,6 +396,9 @@ void GPSCoordinateComponent::executeResetButton()
 {
     _currentLatitudeInInterface->setValue(_currentLatitudeOnDisk->value());
     _currentLongitudeInInterface->setValue(_currentLongitudeOnDisk->value());
+    // The fields and the lines under them show the restored pair, not the discarded text.
+    setFieldTexts(_currentLatitudeOnDisk->value(), _currentLongitudeOnDisk->value());
+    updateDisplayLabels();
 }
 
 void GPSCoordinateComponent::copyDMS()

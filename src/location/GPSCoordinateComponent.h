@@ -115,6 +115,7 @@ public:
 
     // Not owned; without one, adding a pin beeps.
     void setPinWorkflow(PinWorkflow *workflow) { m_pinWorkflow = workflow; }
+    PinWorkflow *pinWorkflow() const { return m_pinWorkflow; }
 
 private:
     struct ValidPair

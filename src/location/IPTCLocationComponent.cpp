@@ -1,13 +1,13 @@
 #include "IPTCLocationComponent.h"
 
-#include "metadata/DataCoordinator.h"
 #include "metadata/MetadataStorage.h"
 #include "metadata/MultiNodeCombinedValuesRequest.h"
 #include "platform/MainQueue.h"
 #include "session/DataModel.h"
-#include "writing/ExifWriteManager.h"
+#include "writing/ChangeManager.h"
 
 #include <QCoreApplication>
+#include <QSet>
 
 #include <algorithm>
 
@@ -173,10 +173,13 @@ void IPTCLocationComponent::addSection(const QString &header, const QString &key
     // All items of the list, not only the selected ones.
     const QStringList all
         = MetadataStorage::shared().getAllCurrentStringValues(key, MetadataSource::ExifToolGeneric);
+    // A set: the store holds one value for every item of the list, many of them alike.
+    QSet<QString> seen;
     QStringList kept;
     for (const QString &value : all) {
-        if (keep(value) && !kept.contains(value))
+        if (!seen.contains(value) && keep(value))
             kept.append(value);
+        seen.insert(value);
     }
     if (kept.isEmpty())
         return;
@@ -227,16 +230,10 @@ void IPTCLocationComponent::handleReturn()
 
 void IPTCLocationComponent::executeApplyButton()
 {
-    const QString text = _currentValueInInterface->value();
-    const QList<NodePtr> selection = m_model.selectedNodes();
-    for (const NodePtr &node : selection) {
-        std::optional<QString> errorMessage;
-        ExifWriteManager::shared().setTagsOfFile(node->absolutePath, {exifToolsValueKey, text},
-                                                 errorMessage);
-        DataCoordinator::shared().invalidateData(node);
-        // Once per file, as the program has always done: each starts its own round of reads.
-        m_model._selectedNodes->setValue(m_model._selectedNodes->value());
-    }
+    // Through the write engine: merged per file, in the background, one alert for the failures.
+    // Each file's write announces the selection again once the file has been read anew.
+    ChangeManager::applyLocationFieldToCurrentSelection(exifToolsValueKey,
+                                                        _currentValueInInterface->value());
 }
 
 void IPTCLocationComponent::executeResetButton()

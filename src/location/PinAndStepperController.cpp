@@ -80,7 +80,28 @@ PinAndStepperController::PinAndStepperController(DataModel &model)
     , m_self(std::make_shared<PinAndStepperController *>(this))
 { }
 
-PinAndStepperController::~PinAndStepperController() = default;
+PinAndStepperController::~PinAndStepperController()
+{
+    // Adding a pin beeps again rather than reaching a controller that is gone.
+    GPSCoordinateComponent *gps = m_model.gpsCoordinateComponent.get();
+    if (gps && gps->pinWorkflow() == this)
+        gps->setPinWorkflow(nullptr);
+}
+
+std::unique_ptr<PinAndStepperController> PinAndStepperController::create(DataModel &model,
+                                                                         ItemTableSelection *table,
+                                                                         PinMapView *map)
+{
+    auto controller = std::make_unique<PinAndStepperController>(model);
+    controller->setItemTable(table);
+    controller->setMapView(map);
+    if (model.gpsCoordinateComponent)
+        model.gpsCoordinateComponent->setPinWorkflow(controller.get());
+    controller->configureListeners();
+    // The label follows changes only; the stepper shows the present selection from the start.
+    controller->computeStepperLabel();
+    return controller;
+}
 
 std::function<void()> PinAndStepperController::guarded(
     std::function<void(PinAndStepperController &)> block)

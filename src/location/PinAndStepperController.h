@@ -20,6 +20,12 @@ class PinAndStepperController : public PinWorkflow
 {
 public:
     explicit PinAndStepperController(DataModel &model);
+    // The controller as the window uses it: the GPS editor adds its pins through it, it selects
+    // in the given table and centres the given map (either may be absent), and it listens to
+    // the model; the stepper's label is set at once. The model must outlive it.
+    static std::unique_ptr<PinAndStepperController> create(DataModel &model,
+                                                           ItemTableSelection *table,
+                                                           PinMapView *map);
     ~PinAndStepperController() override;
     PinAndStepperController(const PinAndStepperController &) = delete;
     PinAndStepperController &operator=(const PinAndStepperController &) = delete;

@@ -16,7 +16,7 @@ struct PointAnnotation
     bool operator==(const PointAnnotation &) const = default;
 };
 
-// What the list pipeline needs of a map: somewhere to put plain markers. The map view installs
+// What the list pipeline needs of a map: somewhere to put plain markers. The map installs
 // itself; a headless stand-in does for tests. Without a map, the markers go nowhere. Used on the
 // main thread only.
 class MapAnnotationSink
@@ -24,6 +24,9 @@ class MapAnnotationSink
 public:
     virtual ~MapAnnotationSink() = default;
     virtual void addPointAnnotation(const PointAnnotation &annotation) = 0;
+    // Each output pass starts with this, so that its markers replace those of the pass before
+    // instead of piling up at every re-sort.
+    virtual void removeAllPointAnnotations() = 0;
 
     static MapAnnotationSink *installed();
     static void install(MapAnnotationSink *sink);

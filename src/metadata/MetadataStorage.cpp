@@ -124,6 +124,27 @@ std::optional<QString> MetadataStorage::getStringValue(const QString &fullPath, 
                     });
 }
 
+QList<std::optional<QString>> MetadataStorage::getStringValues(const QString &fullPath,
+                                                               const QStringList &keys,
+                                                               MetadataSource source)
+{
+    QList<std::optional<QString>> result(keys.size());
+    auto block = [&] {
+        const auto container = m_metadataForPath.constFind(fullPath);
+        if (container == m_metadataForPath.cend())
+            return;
+        for (qsizetype i = 0; i < keys.size(); ++i) {
+            const auto keyId = keyIdForReading(keys.at(i));
+            if (!keyId)
+                continue;
+            if (const QString *value = container->stringValues.find(*keyId, source))
+                result[i] = *value;
+        }
+    };
+    m_serialQueue.sync(std::ref(block));
+    return result;
+}
+
 qint64 MetadataStorage::getObjCIntegerValue(const QString &fullPath, const QString &key,
                                             MetadataSource source)
 {
@@ -204,6 +225,29 @@ std::optional<WrappedMetaDataValue> MetadataStorage::getWrappedValueIfRead(const
     };
     m_serialQueue.sync(std::ref(block));
     return result;
+}
+
+QList<std::optional<WrappedMetaDataValue>> MetadataStorage::getWrappedValuesIfRead(
+    const QStringList &paths, const QString &key, const QString &readKey, MetadataSource source)
+{
+    QList<std::optional<WrappedMetaDataValue>> results(paths.size());
+    auto block = [&] {
+        const std::optional<quint32> readKeyId = keyIdForReading(readKey);
+        if (!readKeyId)
+            return;
+        const std::optional<quint32> keyId = keyIdForReading(key);
+        for (qsizetype i = 0; i < paths.size(); ++i) {
+            const auto container = m_metadataForPath.constFind(paths.at(i));
+            if (container == m_metadataForPath.cend())
+                continue;
+            const quint8 *read = container->boolValues.find(*readKeyId, source);
+            if (!read || *read == 0)
+                continue;
+            results[i] = keyId ? wrappedValue(*container, *keyId, source) : WrappedMetaDataValue();
+        }
+    };
+    m_serialQueue.sync(std::ref(block));
+    return results;
 }
 
 std::optional<QString> MetadataStorage::getPreferredStringValue(const QString &fullPath,

@@ -44,6 +44,9 @@ public:
 
     std::optional<QString> getStringValue(const QString &fullPath, const QString &key,
                                           MetadataSource source);
+    // Several keys of one path and source in one visit of the queue, in the order asked.
+    QList<std::optional<QString>> getStringValues(const QString &fullPath, const QStringList &keys,
+                                                  MetadataSource source);
     // -1 when there is none.
     qint64 getObjCIntegerValue(const QString &fullPath, const QString &key, MetadataSource source);
     // Seconds since 2001-01-01T00:00:00Z, or distantPastTimeInterval when there is none.
@@ -59,6 +62,12 @@ public:
                                                               const QString &key,
                                                               const QString &readKey,
                                                               MetadataSource source);
+    // getWrappedValueIfRead for many paths in one visit to the store, in the paths' order: a
+    // large selection is looked up without a round through the queue for every file.
+    QList<std::optional<WrappedMetaDataValue>> getWrappedValuesIfRead(const QStringList &paths,
+                                                                      const QString &key,
+                                                                      const QString &readKey,
+                                                                      MetadataSource source);
     // The string of the first source in preferredSourceOrder that has one.
     std::optional<QString> getPreferredStringValue(const QString &fullPath, const QString &key);
     // In no particular order; empty for an unknown path.

@@ -2,6 +2,8 @@
 
 #include "platform/MainQueue.h"
 
+#include <QSet>
+
 MultiNodeCombinedValuesRequest::MultiNodeCombinedValuesRequest(QList<NodePtr> nodes, QString key,
                                                                MetadataSource source,
                                                                std::function<void()> readyClosure)
@@ -33,33 +35,50 @@ void MultiNodeCombinedValuesRequest::start()
         });
         return;
     }
-    bool someWaiting = false;
-    for (const NodePtr &node : nodes) {
-        if (node->getDisplayString(key).kind() == DisplayStringWrapper::Kind::Waiting) {
-            someWaiting = true;
-            node->addDataObserver(shared_from_this(), key);
-        }
-    }
+    const std::shared_ptr<MultiNodeCombinedValuesRequest> self = shared_from_this();
+    m_firstWaiting = -1;
+    // The same pass combines the values, so that a selection whose values are all there is not
+    // gone through a second time when its owner asks for them.
+    Combiner combiner;
+    Node::visitDisplayStrings(nodes, 0, key,
+                              [&](qsizetype index, const DisplayStringWrapper &value) {
+                                  if (value.kind() == DisplayStringWrapper::Kind::Waiting) {
+                                      if (m_firstWaiting < 0)
+                                          m_firstWaiting = index;
+                                      nodes.at(index)->addDataObserver(self, key);
+                                      m_observedNodes.append(nodes.at(index));
+                                  } else if (m_firstWaiting < 0) {
+                                      combiner.add(value);
+                                  }
+                                  return true;
+                              });
     // Only this thread turns a value back into waiting, so a second pass would find the same.
-    if (someWaiting)
+    if (m_firstWaiting >= 0)
         return;
+    m_firstWaiting = nodes.size();
+    m_combinedAtStart = combiner.result();
     if (readyClosure)
         readyClosure();
     terminate();
 }
 
-bool MultiNodeCombinedValuesRequest::anyNodeWaiting() const
+bool MultiNodeCombinedValuesRequest::advancePastArrivedNodes()
 {
-    for (const NodePtr &node : nodes) {
-        if (node->getDisplayString(key).kind() == DisplayStringWrapper::Kind::Waiting)
-            return true;
-    }
-    return false;
+    qsizetype waiting = nodes.size();
+    Node::visitDisplayStrings(nodes, m_firstWaiting, key,
+                              [&](qsizetype index, const DisplayStringWrapper &value) {
+                                  if (value.kind() != DisplayStringWrapper::Kind::Waiting)
+                                      return true;
+                                  waiting = index;
+                                  return false;
+                              });
+    m_firstWaiting = waiting;
+    return waiting == nodes.size();
 }
 
 void MultiNodeCombinedValuesRequest::update(MetadataSource)
 {
-    if (anyNodeWaiting())
+    if (!advancePastArrivedNodes())
         return;
     if (readyClosure)
         readyClosure();
@@ -69,31 +88,50 @@ void MultiNodeCombinedValuesRequest::update(MetadataSource)
 void MultiNodeCombinedValuesRequest::terminate()
 {
     readyClosure = nullptr;
-    for (const NodePtr &node : nodes)
+    for (const NodePtr &node : std::as_const(m_observedNodes))
         node->remove(this, source);
+    m_observedNodes.clear();
+}
+
+void MultiNodeCombinedValuesRequest::Combiner::add(const DisplayStringWrapper &value)
+{
+    if (value.kind() == DisplayStringWrapper::Kind::NotPresent) {
+        m_result.someValuesMissing = true;
+        return;
+    }
+    // A set, so that a selection of many different values is not compared value by value.
+    if (!m_seen.contains(value.text())) {
+        m_seen.insert(value.text());
+        m_result.values.append(value.text());
+    }
+}
+
+CombinedValuesWrapper MultiNodeCombinedValuesRequest::Combiner::result() const
+{
+    if (m_result.values.isEmpty())
+        return CombinedValuesWrapper {CombinedValuesWrapper::Kind::NoValue, {}, false};
+    CombinedValuesWrapper result = m_result;
+    result.kind = result.values.size() == 1 ? CombinedValuesWrapper::Kind::SingleValue
+                                            : CombinedValuesWrapper::Kind::MultipleValues;
+    return result;
 }
 
 CombinedValuesWrapper MultiNodeCombinedValuesRequest::combinedDisplayStringWrapper(
     const QString &forKey) const
 {
-    CombinedValuesWrapper result;
-    for (const NodePtr &node : nodes) {
-        const DisplayStringWrapper value = node->getDisplayString(forKey);
-        switch (value.kind()) {
-        case DisplayStringWrapper::Kind::Waiting:
-            return CombinedValuesWrapper {CombinedValuesWrapper::Kind::Waiting, {}, false};
-        case DisplayStringWrapper::Kind::NotPresent:
-            result.someValuesMissing = true;
-            break;
-        case DisplayStringWrapper::Kind::Present:
-            if (!result.values.contains(value.text()))
-                result.values.append(value.text());
-            break;
+    if (m_combinedAtStart && forKey == key)
+        return *m_combinedAtStart;
+    Combiner combiner;
+    bool waiting = false;
+    Node::visitDisplayStrings(nodes, 0, forKey, [&](qsizetype, const DisplayStringWrapper &value) {
+        if (value.kind() == DisplayStringWrapper::Kind::Waiting) {
+            waiting = true;
+            return false;
         }
-    }
-    if (result.values.isEmpty())
-        return CombinedValuesWrapper {CombinedValuesWrapper::Kind::NoValue, {}, false};
-    result.kind = result.values.size() == 1 ? CombinedValuesWrapper::Kind::SingleValue
-                                            : CombinedValuesWrapper::Kind::MultipleValues;
-    return result;
+        combiner.add(value);
+        return true;
+    });
+    if (waiting)
+        return CombinedValuesWrapper {CombinedValuesWrapper::Kind::Waiting, {}, false};
+    return combiner.result();
 }

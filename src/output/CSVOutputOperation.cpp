@@ -83,6 +83,11 @@ void CSVOutputOperation::main()
 {
     if (isCancelled())
         return;
+    // The markers of this pass replace those of the pass before; the main queue keeps the order.
+    MainQueue::post([] {
+        if (MapAnnotationSink *map = MapAnnotationSink::installed())
+            map->removeAllPointAnnotations();
+    });
     for (const NodePtr &node : flatFileList->files) {
         if (isCancelled())
             return;

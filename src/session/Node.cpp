@@ -180,7 +180,37 @@ WrappedMetaDataValue Node::storedValueReadingNow(const QString &key, MetadataSou
     return MetadataStorage::shared().getWrappedValue(absolutePath, key, source);
 }
 
-DisplayStringWrapper Node::getDisplayString(const QString &key) const
+namespace {
+
+// How a stored value reads in a view.
+DisplayStringWrapper displayStringOfStoredValue(const QString &key,
+                                                const WrappedMetaDataValue &value)
+{
+    if (key == QLatin1String("GPSDataAvailable") || key == QLatin1String("IPTCDataComplete")) {
+        if (const std::optional<DisplayStringWrapper> status = dataAvailabilityText(value))
+            return *status;
+    }
+    switch (value.kind()) {
+    case WrappedMetaDataValue::Kind::StringValue:
+        return DisplayStringWrapper::present(
+            StringHelpers::withEncodedLineBreaksAndTabs(value.stringValue()));
+    case WrappedMetaDataValue::Kind::DateValue:
+        return DisplayStringWrapper::present(Node::formatDisplayDate(value.dateValue()));
+    case WrappedMetaDataValue::Kind::BoolValue:
+        return DisplayStringWrapper::present(value.boolValue() ? QStringLiteral("true")
+                                                               : QStringLiteral("false"));
+    case WrappedMetaDataValue::Kind::NSInteger:
+        return DisplayStringWrapper::present(
+            ByteCountFormatter::stringFromByteCount(value.integerValue()));
+    case WrappedMetaDataValue::Kind::None:
+        break;
+    }
+    return DisplayStringWrapper::notPresent();
+}
+
+} // namespace
+
+std::optional<DisplayStringWrapper> Node::ownDisplayString(const QString &key) const
 {
     if (key == QLatin1String("name"))
         return DisplayStringWrapper::present(name);
@@ -207,7 +237,13 @@ DisplayStringWrapper Node::getDisplayString(const QString &key) const
             QString::number(StringHelpers::characterCount(absoluteParentPath)));
     if (key == QLatin1String("relative_path"))
         return DisplayStringWrapper::present(relativePath);
+    return std::nullopt;
+}
 
+DisplayStringWrapper Node::getDisplayString(const QString &key) const
+{
+    if (std::optional<DisplayStringWrapper> own = ownDisplayString(key))
+        return *std::move(own);
     const std::optional<MetadataSource> source = sourceForKey(key);
     if (!source)
         return DisplayStringWrapper::notPresent();
@@ -218,27 +254,47 @@ DisplayStringWrapper Node::getDisplayString(const QString &key) const
             std::const_pointer_cast<Node>(shared_from_this()), *source);
         return DisplayStringWrapper::waiting();
     }
-    const WrappedMetaDataValue &value = *stored;
-    if (key == QLatin1String("GPSDataAvailable") || key == QLatin1String("IPTCDataComplete")) {
-        if (const std::optional<DisplayStringWrapper> status = dataAvailabilityText(value))
-            return *status;
+    return displayStringOfStoredValue(key, *stored);
+}
+
+void Node::visitDisplayStrings(
+    const QList<NodePtr> &nodes, qsizetype from, const QString &key,
+    const std::function<bool(qsizetype index, const DisplayStringWrapper &value)> &visit)
+{
+    if (from >= nodes.size())
+        return;
+    const std::optional<MetadataSource> source = TagManager::shared().sourceForKey(key);
+    if (!source || nodes.at(from)->ownDisplayString(key)) {
+        // The node's own strings, or a key without a source: nothing to gain from the store.
+        for (qsizetype i = from; i < nodes.size(); ++i) {
+            if (!visit(i, nodes.at(i)->getDisplayString(key)))
+                return;
+        }
+        return;
     }
-    switch (value.kind()) {
-    case WrappedMetaDataValue::Kind::StringValue:
-        return DisplayStringWrapper::present(
-            StringHelpers::withEncodedLineBreaksAndTabs(value.stringValue()));
-    case WrappedMetaDataValue::Kind::DateValue:
-        return DisplayStringWrapper::present(formatDisplayDate(value.dateValue()));
-    case WrappedMetaDataValue::Kind::BoolValue:
-        return DisplayStringWrapper::present(value.boolValue() ? QStringLiteral("true")
-                                                               : QStringLiteral("false"));
-    case WrappedMetaDataValue::Kind::NSInteger:
-        return DisplayStringWrapper::present(
-            ByteCountFormatter::stringFromByteCount(value.integerValue()));
-    case WrappedMetaDataValue::Kind::None:
-        break;
+    // In runs that grow from short to long, so that an early stop wastes little and writers to
+    // the store never wait long.
+    qsizetype runLength = 32;
+    QStringList paths;
+    paths.reserve(std::min<qsizetype>(nodes.size() - from, 4096));
+    for (qsizetype run = from; run < nodes.size();
+         run += runLength, runLength = std::min<qsizetype>(runLength * 4, 4096)) {
+        const qsizetype end = std::min(nodes.size(), run + runLength);
+        paths.clear();
+        for (qsizetype i = run; i < end; ++i)
+            paths.append(nodes.at(i)->absolutePath);
+        const QList<std::optional<WrappedMetaDataValue>> stored
+            = MetadataStorage::shared().getWrappedValuesIfRead(paths, key, retrievedKey, *source);
+        for (qsizetype i = run; i < end; ++i) {
+            const std::optional<WrappedMetaDataValue> &value = stored.at(i - run);
+            if (!value)
+                DataCoordinator::shared().retrieveDataAsynchronously(nodes.at(i), *source);
+            if (!visit(i,
+                       value ? displayStringOfStoredValue(key, *value)
+                             : DisplayStringWrapper::waiting()))
+                return;
+        }
     }
-    return DisplayStringWrapper::notPresent();
 }
 
 WrappedMetaDataValue Node::getWrappedValueSync(const QString &key) const

@@ -78,6 +78,16 @@ std::optional<QString> OutputEngine::currentOutputString() const
     return result;
 }
 
+std::optional<OutputEngine::OutputText> OutputEngine::currentOutput() const
+{
+    std::optional<OutputText> result;
+    serialQueue.sync([&] {
+        if (m_currentOutputString && m_currentOutputStringFormat)
+            result = OutputText {*m_currentOutputString, *m_currentOutputStringFormat};
+    });
+    return result;
+}
+
 std::optional<int> OutputEngine::currentFileCount() const
 {
     std::optional<int> result;

@@ -50,6 +50,13 @@ public:
     // The last finished list; absent before the first scan has finished.
     FlatFileListPtr flatFileList() const;
     std::optional<QString> currentOutputString() const;
+    // The last finished text together with the format that made it; absent before the first.
+    struct OutputText
+    {
+        QString text;
+        OutputFormatIndexEnum format;
+    };
+    std::optional<OutputText> currentOutput() const;
     std::optional<int> currentFileCount() const;
 
     // Saves or copies the current text through the format that made it, in the encoding set

@@ -6,6 +6,7 @@
 #include "location/IPTCLocationComponent.h"
 #include "metadata/MetadataStorage.h"
 #include "metadata/SidecarFiles.h"
+#include "platform/MainQueue.h"
 #include "session/DataModel.h"
 
 #include <QFileInfo>
@@ -86,11 +87,20 @@ bool ChangeManager::xmpPresent(const QString &path)
 
 std::function<void(bool)> ChangeManager::reannounceSelectionHandler()
 {
-    // Re-assigning the selection makes every observer read the refreshed metadata.
+    // Re-assigning the selection makes every observer read the refreshed metadata. The files of
+    // one batch report one after the other, so their re-announcements are folded into one: a
+    // large selection is not gone through again for every file written.
+    static bool reannouncePending = false;
     std::weak_ptr<StraightReadWriteVariable<QList<NodePtr>>> selection = dataModel()._selectedNodes;
     return [selection](bool) {
-        if (auto variable = selection.lock())
-            variable->setValue(variable->value());
+        if (reannouncePending)
+            return;
+        reannouncePending = true;
+        MainQueue::post([selection] {
+            reannouncePending = false;
+            if (auto variable = selection.lock())
+                variable->setValue(variable->value());
+        });
     };
 }
 
@@ -130,6 +140,11 @@ void ChangeManager::applyCurrentPinnedCountryToCurrentSelection()
 {
     applyPinnedField(dataModel()._pinnedLocationCountry->value(), u"Country"_s,
                      *dataModel().countryComponent);
+}
+
+void ChangeManager::applyLocationFieldToCurrentSelection(const QString &tag, const QString &text)
+{
+    applyTagsToCurrentSelection({tag, text}, nullptr);
 }
 
 void ChangeManager::applyPinnedField(const QString &pinnedText, const QString &tag,

@@ -30,6 +30,11 @@ public:
     static void applyCurrentPinnedRegionToCurrentSelection();
     static void applyCurrentPinnedSubLocationToCurrentSelection();
     static void applyCurrentPinnedCountryToCurrentSelection();
+    // A position given as two signed decimal texts; nothing happens when either is empty.
+    static void applyGPSCoordinates(const QString &latitude, const QString &longitude);
+    // One location field's tag (such as "City") with the text, which may be empty: an empty text
+    // removes the field from the files.
+    static void applyLocationFieldToCurrentSelection(const QString &tag, const QString &text);
 
     // Plain IPTC tags to their MWG names; the others pass unchanged.
     static const QHash<QString, QString> &iptcToMWGMapping();
@@ -43,7 +48,6 @@ public:
 
 private:
     static DataModel &dataModel();
-    static void applyGPSCoordinates(const QString &latitude, const QString &longitude);
     static void applyTagsToCurrentSelection(const QStringList &tagValuePairs,
                                             const std::function<void()> &beforeWriting);
     static void applyPinnedField(const QString &pinnedText, const QString &tag,

@@ -109,12 +109,11 @@ void tst_IPTCLocationComponent::oneCityEditedAndApplied()
 
     c.typeText(u"Zürich"_s);
     c.handleReturn();
-    // The file is read anew in the background after the write.
-    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
+    // Written in the background; the file's re-read shows the new city as the one on disk.
+    QVERIFY(TestSupport::waitUntil([&] { return c._currentValueOnDisk->value() == u"Zürich"_s; }));
     QCOMPARE(MetadataStorage::shared().getStringValue(node->absolutePath, u"City"_s,
                                                       MetadataSource::ExifToolGeneric),
              u"Zürich"_s);
-    QVERIFY(TestSupport::waitUntil([&] { return c._currentValueOnDisk->value() == u"Zürich"_s; }));
     QVERIFY(!c.applyButtonEnabled());
 
     // An empty text is written too, and the file then has no city.

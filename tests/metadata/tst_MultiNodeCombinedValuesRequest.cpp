@@ -36,6 +36,7 @@ private slots:
     void emptyListCallsBackOnTheNextTurn();
     void readyDataCallsBackInsideCreate();
     void waitingNodesCallBackOnceWhenTheLastArrives();
+    void largeSelectionWaitsForItsLastNode();
 };
 
 void tst_MultiNodeCombinedValuesRequest::combinations_data()
@@ -113,6 +114,28 @@ void tst_MultiNodeCombinedValuesRequest::waitingNodesCallBackOnceWhenTheLastArri
     // The files do not exist, so no node has a value.
     QCOMPARE(request->combinedDisplayStringWrapper(u"size_in_kb"_s).kind,
              CombinedValuesWrapper::Kind::NoValue);
+}
+
+void tst_MultiNodeCombinedValuesRequest::largeSelectionWaitsForItsLastNode()
+{
+    // Thousands of distinct values, looked up in runs, and one file still unread at the end.
+    QList<std::optional<QString>> cities;
+    for (int i = 0; i < 5000; ++i)
+        cities << u"City %1"_s.arg(i % 2500);
+    QList<NodePtr> nodes = nodesWithCities(u"large"_s, cities);
+    const QString unread = u"/combined/large-unread.jpg"_s;
+    nodes << FileNode::create(unread.section(QLatin1Char('/'), -1), unread, QString());
+    int calls = 0;
+    auto request = MultiNodeCombinedValuesRequest::create(
+        nodes, u"City"_s, MetadataSource::ExifToolGeneric, [&] { ++calls; });
+    QCOMPARE(calls, 0);
+    QVERIFY(TestSupport::waitUntil([&] { return calls == 1; }, 30000));
+    const CombinedValuesWrapper combined = request->combinedDisplayStringWrapper(u"City"_s);
+    QCOMPARE(combined.kind, CombinedValuesWrapper::Kind::MultipleValues);
+    QCOMPARE(combined.values.size(), 2500);
+    QCOMPARE(combined.values.at(1), u"City 1"_s);
+    // The missing file has no city.
+    QVERIFY(combined.someValuesMissing);
 }
 
 QTEST_GUILESS_MAIN(tst_MultiNodeCombinedValuesRequest)

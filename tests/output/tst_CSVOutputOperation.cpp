@@ -168,6 +168,13 @@ void tst_CSVOutputOperation::runsOnTheEngineQueueAndMakesNoText()
     QCOMPARE(map.pointAnnotations().size(), 1);
     QCOMPARE(map.pointAnnotations().first().latitude, 1.5);
     QCOMPARE(map.pointAnnotations().first().subtitle, placed->smartName);
+
+    // A second pass replaces the markers of the first.
+    engine->launchOutputOperation(snapshot, OutputFixture::list({placed}));
+    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::waitUntil([&] { return engine->currentFileCount() == 1; }));
+    QVERIFY(drainMainQueue());
+    QCOMPARE(map.pointAnnotations().size(), 1);
 }
 
 void tst_CSVOutputOperation::realPhotoReadByTheImageReader()

@@ -34,7 +34,11 @@ void SmartTextField::focusInEvent(QFocusEvent *event)
 void SmartTextField::focusOutEvent(QFocusEvent *event)
 {
     QLineEdit::focusOutEvent(event);
-    if (callsReturnKeyFunctionOnResigningFirstResponder)
+    // A menu opening over the field, or another window coming to the front, leaves the field
+    // in charge of its text: the user has not finished with it.
+    const bool stillEditing
+        = event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason;
+    if (callsReturnKeyFunctionOnResigningFirstResponder && !stillEditing)
         callReturnKeyFunction();
 }
 

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+// The object the map page reaches through the web channel, as "palomet". Signals carry what the
+// application sends to the page; the invokable methods are what the page reports. Main thread.
+class MapPageBridge : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    Q_INVOKABLE void pageReady(double width, double height) { emit pageDidLoad(width, height); }
+    Q_INVOKABLE void viewChanged(double latitude, double longitude, double zoom, double width,
+                                 double height)
+    {
+        emit viewDidChange(latitude, longitude, zoom, width, height);
+    }
+    Q_INVOKABLE void clicked(double x, double y) { emit pageClicked(x, y); }
+    Q_INVOKABLE void painted(double sequence) { emit scenePainted(quint64(sequence)); }
+    Q_INVOKABLE void baseLayerChanged(const QString &name) { emit baseLayerDidChange(name); }
+
+signals:
+    // To the page.
+    void settingsChanged(const QString &json);
+    void sceneChanged(const QString &json);
+    void viewRequested(double latitude, double longitude, double zoom, bool animated);
+
+    // From the page.
+    void pageDidLoad(double width, double height);
+    void viewDidChange(double latitude, double longitude, double zoom, double width, double height);
+    void pageClicked(double x, double y);
+    void scenePainted(quint64 sequence);
+    void baseLayerDidChange(const QString &name);
+};
