@@ -9,6 +9,7 @@
 #include "commons/CommonsHuskFacade.h"
 #include "commons/Log.h"
 #include "commons/SparkleManagerHuskFacade.h"
+#include "map/MapDelegate.h"
 #include "metadata/MetadataStorage.h"
 #include "platform/AlertPresenter.h"
 #include "platform/MainQueue.h"
@@ -59,6 +60,9 @@ AppDelegate::~AppDelegate()
         s_shared = nullptr;
     // The window's views listen to the model and the engine: they go first.
     mainWindow.reset();
+    if (mapDelegate)
+        mapDelegate->uninstall();
+    mapDelegate.reset();
 }
 
 AppDelegate &AppDelegate::shared()
@@ -82,12 +86,16 @@ void AppDelegate::finishInitialization()
     sparkleManagerFacade->finishInitialization(*this);
     // The window exists before the model's listeners run.
     willFinishLaunchingCallbackList.append([this](SmartAppDelegate &, const AppNotification &) {
-        mainWindow = MainWindow::makeMainWindow(*dataModel, outputEngine);
+        mainWindow = MainWindow::makeMainWindow(*dataModel, outputEngine, mapDelegate.get());
         window = mainWindow.get();
     });
     // The session and its pipeline, listening once the window is there.
     dataModel = std::make_unique<DataModel>();
     outputEngine = OutputEngine::create(dataModel.get());
+    // The readers put their markers on the map from the first file on.
+    mapDelegate = std::make_unique<MapDelegate>(*dataModel);
+    mapDelegate->setupMapListeners();
+    mapDelegate->install();
     willFinishLaunchingCallbackList.append(
         [this](SmartAppDelegate &, const AppNotification &) { outputEngine->startListening(); });
     // The list of sources never survives the process.

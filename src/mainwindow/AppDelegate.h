@@ -11,6 +11,7 @@
 class CommonsHuskFacade;
 class DataModel;
 class MainWindow;
+class MapDelegate;
 class OutputEngine;
 class QMainWindow;
 class SparkleManagerHuskFacade;
@@ -42,6 +43,8 @@ public:
     std::unique_ptr<DataModel> dataModel;
     std::unique_ptr<CommonsHuskFacade> commonsHuskFacade;
     std::shared_ptr<OutputEngine> outputEngine;
+    // What stands on the map; it lives as long as the session, longer than the map's view.
+    std::unique_ptr<MapDelegate> mapDelegate;
 
     // The commands.
     void open();

@@ -3,6 +3,8 @@
 #include "ColumnListTableViewController.h"
 #include "DragAndDropTableView.h"
 #include "InfoPaneController.h"
+#include "MapWebView.h"
+#include "MapWidget.h"
 #include "MinimalPreviewTableViewController.h"
 #include "PreviewTableDataSource.h"
 #include "PreviewTableViewController.h"
@@ -19,7 +21,11 @@
 #include "bricks/walls/WallDirectives.h"
 #include "commons/Clock.h"
 #include "commons/SmartTimerWrapper.h"
+#include "editors/EditorStyle.h"
+#include "editors/ParameterSide.h"
+#include "location/Geocoder.h"
 #include "location/PinAndStepperController.h"
+#include "map/MapDelegate.h"
 #include "metadata/TagManager.h"
 #include "platform/MainQueue.h"
 #include "preview/ImagePreview.h"
@@ -93,11 +99,13 @@ B::StaticLabel heading(const QString &title, const LayoutTag &tag)
 } // namespace
 
 MainContentViewController::MainContentViewController(DataModel &dataModel,
-                                                     std::shared_ptr<OutputEngine> outputEngine)
+                                                     std::shared_ptr<OutputEngine> outputEngine,
+                                                     MapDelegate *mapDelegate)
     : NiblessViewController(DelayedBuild::Yes)
     , previewSelectedIndex(std::make_shared<StraightVariable<int>>(0))
     , m_dataModel(dataModel)
     , m_outputEngine(std::move(outputEngine))
+    , m_mapDelegate(mapDelegate)
 { }
 
 MainContentViewController::~MainContentViewController()
@@ -106,6 +114,9 @@ MainContentViewController::~MainContentViewController()
         MainContentViewing::install(nullptr);
     if (windowUITimer)
         windowUITimer->invalidate();
+    // The map's pin modes must not reach the controller once it is gone.
+    if (MapWidget *map = mapWidget())
+        map->setPinController(nullptr);
 }
 
 QWidget *MainContentViewController::build()
@@ -124,8 +135,8 @@ QWidget *MainContentViewController::build()
         = NiblessViewController::make<TagListTableViewController>(m_dataModel);
     tagListTableViewController->buildIfNeeded();
     infoPaneViewController = NiblessViewController::make<InfoPaneController>(m_dataModel);
-    pinAndStepperController = std::make_unique<PinAndStepperController>(m_dataModel);
-    pinAndStepperController->setItemTable(this);
+    // The stepper selects in whichever table is shown; pins are shown and selected on the map.
+    pinAndStepperController = PinAndStepperController::create(m_dataModel, this, m_mapDelegate);
 
     m_outputEngine->addPreviewTable(previewTableViewController->engineConnection());
     m_outputEngine->addPreviewTable(minimalPreviewTableViewController->engineConnection());
@@ -145,8 +156,6 @@ QWidget *MainContentViewController::build()
     sideSplitter->setSizes({360, 900});
     layout->addWidget(sideSplitter);
 
-    // The map view with its toolbars is made here, once the map exists, and handed to
-    // setMapView; until then the map's tabs stand empty.
     setupSidebarListeners();
     setupMapListeners();
     return root;
@@ -220,8 +229,10 @@ QWidget *MainContentViewController::buildParameterStack()
         B::ScrollView {
             B::ClipView {B::FragmentStack {sourceFragment, editorFragments(),
                                            B::HorizontalDivider(), columnFragment, tagFragment}
-                             .style<FragmentStackView>(
-                                 [this](FragmentStackView *stack) { parameterStackView = stack; })}}
+                             .style<FragmentStackView>([this](FragmentStackView *stack) {
+                                 parameterStackView = stack;
+                                 stack->setObjectName(QStringLiteral("parameterStackView"));
+                             })}}
             .tag(scroll),
         B::FragmentStack {B::HorizontalDivider(), previewFragment}
             .tag(bottom)
@@ -231,6 +242,8 @@ QWidget *MainContentViewController::buildParameterStack()
                         below(bottom, scroll), pin(bottom, D::left), pin(bottom, D::right),
                         pin(bottom, D::bottom)})});
     assembly->activate();
+    // The editors' captions share one column.
+    EditorStyle::alignCaptionColumns(parameterStackView);
     QWidget *side = assembly->view();
     side->setObjectName(QStringLiteral("parameterSide"));
     side->setMinimumWidth(300);
@@ -240,9 +253,9 @@ QWidget *MainContentViewController::buildParameterStack()
 
 BuildDirectiveList MainContentViewController::editorFragments()
 {
-    // The editors' fragments (scan, sort, stepper, GPS, the four location fields, pin and output
-    // settings) stand here, between the sources and the columns, once they exist.
-    return {};
+    // Scan, sort, stepper, GPS, the four location fields, pins and the output settings, between
+    // the sources and the columns.
+    return ParameterSide::fragments(m_dataModel, m_outputEngine, *pinAndStepperController);
 }
 
 QWidget *MainContentViewController::buildOverviewPanel()
@@ -368,13 +381,25 @@ void MainContentViewController::setupSidebarListeners()
         if (alive && infoPaneCategoryPopup && infoPaneCategoryPopup->currentIndex() != index)
             infoPaneCategoryPopup->setCurrentIndex(index);
     });
-    pinAndStepperController->configureListeners();
 }
 
 void MainContentViewController::setupMapListeners()
 {
-    // The map delegate follows the selection itself; here the window only keeps the map view
-    // in the walls of the tab shown.
+    // The one map view. The delegate follows the selection itself and reaches the tables
+    // through MainContentViewing; the window moves the view between the walls of the tab shown.
+    if (!m_mapDelegate)
+        return;
+    MapWebView::Options options;
+    options.online = MapWebView::onlineSetting();
+    auto *map = new MapWidget(m_dataModel, *m_mapDelegate, options, Geocoder::shared());
+    map->setObjectName(QStringLiteral("mapView"));
+    map->setPinController(pinAndStepperController.get());
+    setMapView(map);
+}
+
+MapWidget *MainContentViewController::mapWidget() const
+{
+    return qobject_cast<MapWidget *>(m_mapView.data());
 }
 
 void MainContentViewController::setMapView(QWidget *mapView)

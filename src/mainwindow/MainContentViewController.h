@@ -15,6 +15,8 @@ class ColumnListTableViewController;
 class DataModel;
 class FragmentStackView;
 class InfoPaneController;
+class MapDelegate;
+class MapWidget;
 class MinimalPreviewTableViewController;
 class OutputEngine;
 class PinAndStepperController;
@@ -45,13 +47,18 @@ class MainContentViewController
     Q_OBJECT
 
 public:
-    MainContentViewController(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine);
+    // With a map delegate the window makes the one map view itself; without one (tests of the
+    // walls) a stand-in may be given with setMapView.
+    MainContentViewController(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine,
+                              MapDelegate *mapDelegate = nullptr);
     ~MainContentViewController() override;
 
     // The map view with its toolbars; it moves between the map's walls with the tab. Not owned:
     // the wall holding it does.
     void setMapView(QWidget *mapView);
     QWidget *mapView() const { return m_mapView; }
+    // The map made over the map delegate; null without one.
+    MapWidget *mapWidget() const;
 
     // The open panel: files and folders, several of each; the choice is an interactive add.
     void addSource();
@@ -127,6 +134,7 @@ private:
 
     DataModel &m_dataModel;
     std::shared_ptr<OutputEngine> m_outputEngine;
+    MapDelegate *m_mapDelegate;
     QPointer<QWidget> m_mapView;
     bool m_selectionChangedFromTable = false;
     bool m_infoPanePlaced = false;

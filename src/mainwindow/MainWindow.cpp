@@ -2,8 +2,12 @@
 
 #include "AppDelegate.h"
 #include "MainContentViewController.h"
+#include "MapWidget.h"
 #include "commons/SparkleManagerHuskFacade.h"
+#include "editors/OutputSettingsFragment.h"
 #include "location/PinAndStepperController.h"
+#include "map/MapOverlay.h"
+#include "map/MapOverlayMode.h"
 #include "session/DataModel.h"
 #include "session/StepperMode.h"
 
@@ -15,6 +19,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QScreen>
 #include <QTextEdit>
 
@@ -44,12 +49,14 @@ void deleteInFocusWidget()
 } // namespace
 
 std::unique_ptr<MainWindow> MainWindow::makeMainWindow(DataModel &dataModel,
-                                                       std::shared_ptr<OutputEngine> outputEngine)
+                                                       std::shared_ptr<OutputEngine> outputEngine,
+                                                       MapDelegate *mapDelegate)
 {
-    return std::make_unique<MainWindow>(dataModel, std::move(outputEngine));
+    return std::make_unique<MainWindow>(dataModel, std::move(outputEngine), mapDelegate);
 }
 
-MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine)
+MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine,
+                       MapDelegate *mapDelegate)
     : m_dataModel(dataModel)
 {
     setObjectName(QStringLiteral("mainWindow"));
@@ -57,7 +64,7 @@ MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outpu
     setWindowIcon(QIcon::fromTheme(QStringLiteral("org.palomet.Palomet"),
                                    QIcon(QStringLiteral(":/mainwindow/palomet.svg"))));
     mainContentViewController = NiblessViewController::make<MainContentViewController>(
-        dataModel, std::move(outputEngine));
+        dataModel, std::move(outputEngine), mapDelegate);
     setCentralWidget(mainContentViewController->buildIfNeeded());
     installEventFilter(this);
     // 1280 by 800 where the screen allows it, never larger than the screen.
@@ -161,6 +168,7 @@ void MainWindow::buildMenus(AppDelegate &delegate)
             entry->setChecked(true);
     });
     view->addSeparator();
+    addMapModes(view);
     add(view, tr("Toggle Info &Pane"), QStringLiteral("toggleInfoPane"),
         {QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_I)}, [&delegate] { delegate.toggleInfoPane(); });
     view->addSeparator();
@@ -210,7 +218,67 @@ void MainWindow::buildMenus(AppDelegate &delegate)
 
 void MainWindow::addOutputCommands(QMenu *file)
 {
-    // Copy Output and Save Output… go here, after Reload, once the output commands exist; the
-    // File menu has nothing in their place until then.
-    Q_UNUSED(file);
+    // The same commands as the output settings' buttons, through their fragment, so that the
+    // menu and the buttons agree on when the text is ready.
+    QAction *copy = file->addAction(tr("&Copy Output"));
+    copy->setObjectName(QStringLiteral("copyOutput"));
+    copy->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C));
+    copy->setToolTip(tr("Copy the list's text in the chosen output format"));
+    QAction *save = file->addAction(tr("&Save Output…"));
+    save->setObjectName(QStringLiteral("saveOutput"));
+    save->setShortcut(QKeySequence::Save);
+    save->setToolTip(tr("Save the list's text in the chosen output format"));
+    const auto fragment = [this] {
+        QWidget *content = mainContentViewController->view();
+        return content ? content->findChild<OutputSettingsFragment *>() : nullptr;
+    };
+    // The fragment keeps its buttons' state up to date; the entries take it when the menu opens.
+    const auto refresh = [this, copy, save] {
+        QWidget *content = mainContentViewController->view();
+        auto *button
+            = content ? content->findChild<QWidget *>(QStringLiteral("copyOutputButton")) : nullptr;
+        const bool ready = button && button->isEnabled();
+        copy->setEnabled(ready);
+        save->setEnabled(ready);
+    };
+    connect(file, &QMenu::aboutToShow, this, refresh);
+    connect(copy, &QAction::triggered, this, [fragment] {
+        if (OutputSettingsFragment *output = fragment())
+            output->copyOutput();
+    });
+    connect(save, &QAction::triggered, this, [fragment] {
+        if (OutputSettingsFragment *output = fragment())
+            output->saveOutput();
+    });
+}
+
+void MainWindow::addMapModes(QMenu *view)
+{
+    MapWidget *map = mainContentViewController->mapWidget();
+    if (!map)
+        return;
+    QMenu *tools = view->addMenu(tr("Map &Tool"));
+    auto *group = new QActionGroup(tools);
+    const QList<std::pair<MapOverlayMode, void (MapWidget::*)()>> modes {
+        {MapOverlayMode::areaFileSelector, &MapWidget::switchToRubberBandMode},
+        {MapOverlayMode::fileSelector, &MapWidget::switchToPointerMode},
+        {MapOverlayMode::addPin, &MapWidget::switchToDropPinMode},
+        {MapOverlayMode::selectPin, &MapWidget::switchToSelectPinMode},
+        {MapOverlayMode::deletePin, &MapWidget::switchToDeletePinMode}};
+    for (const auto &[mode, command] : modes) {
+        const MapOverlayModeInfo &info = MapOverlayModeInfo::of(mode);
+        QAction *entry = tools->addAction(info.label);
+        entry->setObjectName(info.action);
+        entry->setToolTip(info.toolTip);
+        entry->setCheckable(true);
+        group->addAction(entry);
+        connect(entry, &QAction::triggered, map, [map, command] { (map->*command)(); });
+    }
+    const QPointer<QActionGroup> alive = group;
+    map->overlay()._overlayMode->addHotListener([alive](const MapOverlayMode &mode) {
+        QAction *entry = alive ? alive->actions().value(int(mode)) : nullptr;
+        if (entry)
+            entry->setChecked(true);
+    });
+    view->addSeparator();
 }

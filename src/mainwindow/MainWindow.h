@@ -6,6 +6,7 @@
 
 class AppDelegate;
 class DataModel;
+class MapDelegate;
 class MainContentViewController;
 class OutputEngine;
 class QActionGroup;
@@ -18,9 +19,12 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
+    // The map delegate is the application's and outlives the window.
     static std::unique_ptr<MainWindow> makeMainWindow(DataModel &dataModel,
-                                                      std::shared_ptr<OutputEngine> outputEngine);
-    MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine);
+                                                      std::shared_ptr<OutputEngine> outputEngine,
+                                                      MapDelegate *mapDelegate);
+    MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine,
+               MapDelegate *mapDelegate);
     ~MainWindow() override;
 
     std::unique_ptr<MainContentViewController> mainContentViewController;
@@ -42,6 +46,7 @@ protected:
 
 private:
     void addOutputCommands(QMenu *file);
+    void addMapModes(QMenu *view);
 
     DataModel &m_dataModel;
     bool m_painted = false;

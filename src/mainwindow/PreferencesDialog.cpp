@@ -2,6 +2,11 @@
 
 #include "AppDelegate.h"
 #include "Appearance.h"
+#include "MainContentViewController.h"
+#include "MainWindow.h"
+#include "MapWebView.h"
+#include "MapWidget.h"
+#include "MapZoomToolbar.h"
 #include "platform/UserDefaults.h"
 
 #include <QCheckBox>
@@ -10,6 +15,7 @@
 #include <QFormLayout>
 #include <QLabel>
 #include <QPointer>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -36,11 +42,6 @@ QLabel *note(const QString &text, QWidget *parent)
 
 } // namespace
 
-QString PreferencesDialog::mapTilesOnlineKey()
-{
-    return QStringLiteral("mapTilesOnline");
-}
-
 PreferencesDialog::PreferencesDialog(QWidget *parent)
     : QDialog(parent)
     , appearancePopup(new QComboBox(this))
@@ -60,9 +61,9 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     });
 
     onlineTilesCheckBox->setObjectName(QStringLiteral("onlineTilesCheckBox"));
-    onlineTilesCheckBox->setChecked(storedBool(mapTilesOnlineKey(), true));
+    onlineTilesCheckBox->setChecked(MapWebView::onlineSetting());
     connect(onlineTilesCheckBox, &QCheckBox::toggled, this, [](bool online) {
-        UserDefaults::standard().setObject(online, mapTilesOnlineKey());
+        UserDefaults::standard().setObject(online, MapWebView::onlineSettingKey());
         UserDefaults::standard().synchronize();
     });
 
@@ -81,8 +82,8 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     form->addRow(tr("Appearance:"), appearancePopup);
     auto *map = new QVBoxLayout;
     map->addWidget(onlineTilesCheckBox);
-    map->addWidget(note(tr("Without tiles the map shows the country shapes that come with Palomet. "
-                           "Takes effect when Palomet starts again."),
+    map->addWidget(note(tr("Without tiles the map shows the country shapes that come with Palomet, "
+                           "and the map reaches no server."),
                         this));
     form->addRow(tr("Map:"), map);
     auto *updates = new QVBoxLayout;
@@ -99,12 +100,24 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     setMinimumWidth(440);
 }
 
-PreferencesDialog *PreferencesDialog::showPreferences(QWidget *parent, AppDelegate &)
+PreferencesDialog *PreferencesDialog::showPreferences(QWidget *parent, AppDelegate &delegate)
 {
     static QPointer<PreferencesDialog> dialog;
     if (!dialog) {
         dialog = new PreferencesDialog(parent);
         dialog->setAttribute(Qt::WA_DeleteOnClose);
+        // The map's globe button and this box are one setting: each follows the other, and the
+        // map changes its tiles at once.
+        MapWidget *map = delegate.mainWindow
+            ? delegate.mainWindow->mainContentViewController->mapWidget()
+            : nullptr;
+        if (map) {
+            QAbstractButton *globe = map->zoomToolbar()->onlineButton();
+            connect(dialog->onlineTilesCheckBox, &QCheckBox::toggled, globe,
+                    &QAbstractButton::setChecked);
+            connect(globe, &QAbstractButton::toggled, dialog->onlineTilesCheckBox,
+                    &QAbstractButton::setChecked);
+        }
     }
     dialog->show();
     dialog->raise();

@@ -21,6 +21,4 @@ public:
     QComboBox *appearancePopup = nullptr;
     QCheckBox *onlineTilesCheckBox = nullptr;
     QCheckBox *automaticUpdateCheckBox = nullptr;
-
-    static QString mapTilesOnlineKey();
 };

@@ -1,7 +1,9 @@
 #include "AppDelegate.h"
 #include "Appearance.h"
 #include "MainWindow.h"
+#include "MapWebView.h"
 #include "QtAlertPresenter.h"
+#include "QtBeeper.h"
 #include "QtClipboardWriter.h"
 #include "SingleInstance.h"
 #include "commons/AppDescription.h"
@@ -15,6 +17,8 @@
 
 int main(int argc, char *argv[])
 {
+    // QtWebEngine's switches must be in place before the application object exists.
+    MapWebView::prepareProcess();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
@@ -37,6 +41,8 @@ int main(int argc, char *argv[])
     AlertPresenter::install(&alerts);
     QtClipboardWriter clipboard;
     ClipboardWriter::install(&clipboard);
+    QtBeeper beeper;
+    Beeper::install(&beeper);
     Appearance::applyStoredModeAndFollowChanges();
 
     AppDelegate delegate;
@@ -56,6 +62,7 @@ int main(int argc, char *argv[])
 
     const int status = app.exec();
     ChangeManager::setDataModel(nullptr);
+    Beeper::install(nullptr);
     ClipboardWriter::install(nullptr);
     AlertPresenter::install(nullptr);
     alerts.setParent(nullptr);

@@ -7,10 +7,17 @@
 #include "mainwindow/ListTableCellView.h"
 #include "mainwindow/MainContentViewController.h"
 #include "mainwindow/MainWindow.h"
+#include "mainwindow/MapOverlayView.h"
+#include "mainwindow/MapWebView.h"
+#include "mainwindow/MapWidget.h"
+#include "mainwindow/MinimalPreviewTableViewController.h"
 #include "mainwindow/PreviewTableDataSource.h"
 #include "mainwindow/PreviewTableViewController.h"
 #include "mainwindow/WritingProgressWindow.h"
+#include "map/MapDelegate.h"
+#include "map/MapGeometry.h"
 #include "metadata/MetadataStorage.h"
+#include "platform/UserDefaults.h"
 #include "session/DataModel.h"
 #include "writing/ChangeManager.h"
 #include "writing/WriteEngine.h"
@@ -23,7 +30,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLineEdit>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
@@ -40,6 +49,7 @@ private slots:
     void firstLaunchWaitsWithTheDefaultColumns();
     void givenFolderIsListedAndReady();
     void editOfTwoSelectedRowsReachesBothFiles();
+    void rubberBandOnTheMapSelectsRows();
     void quitWaitsForAWriteStillInThePool();
 
 private:
@@ -64,6 +74,8 @@ void tst_MainWindow::initTestCase()
     ApplicationStart::installMetadataReaders();
     ApplicationStart::installWritePath();
     AlertPresenter::install(&m_alerts);
+    // Tests never reach a tile server: offline, the map's page makes no request at all.
+    UserDefaults::standard().setObject(false, MapWebView::onlineSettingKey());
     m_files << Fixtures::makeJpeg(m_folder.path(), u"IMG_0002.jpg"_qs)
             << Fixtures::makeJpeg(m_folder.path(), u"IMG_0001.jpg"_qs);
     QVERIFY(!m_files.contains(QString()));
@@ -123,6 +135,11 @@ void tst_MainWindow::firstLaunchWaitsWithTheDefaultColumns()
     QCOMPARE(window.findChild<QAction *>(u"open"_qs)->shortcut(), QKeySequence(QKeySequence::Open));
     QCOMPARE(window.findChild<QAction *>(u"reload"_qs)->shortcut(), QKeySequence(u"Ctrl+R"_qs));
     QVERIFY(m_delegate->menuItemManager.action(u"showTroubleshooting"_qs));
+    QVERIFY(window.findChild<QAction *>(u"copyOutput"_qs));
+    QCOMPARE(window.findChild<QAction *>(u"saveOutput"_qs)->shortcut(),
+             QKeySequence(QKeySequence::Save));
+    // The map's tools are in the View menu as well as on the map.
+    QVERIFY(window.findChild<QAction *>(u"switchToDropPinMode"_qs));
 }
 
 void tst_MainWindow::givenFolderIsListedAndReady()
@@ -148,9 +165,21 @@ void tst_MainWindow::editOfTwoSelectedRowsReachesBothFiles()
     QCOMPARE(m_delegate->dataModel->selectedNodes().size(), 2);
     QVERIFY(TestSupport::waitUntil([&] { return statusText().contains(u"| 2 selected |"_qs); }));
 
-    GPSCoordinateComponent &gps = *m_delegate->dataModel->gpsCoordinateComponent;
-    gps.typeInLatitudeField(u"48.858400, 2.294500"_qs);
-    gps.handleLatitudeReturn();
+    // Typed into the GPS editor's two fields on the parameter side, then applied with its button.
+    QWidget *editor = content().view()->findChild<QWidget *>(u"gpsLocationFragment"_qs);
+    QVERIFY(editor);
+    auto *latitude = editor->findChild<QLineEdit *>(u"latitudeFieldInner"_qs);
+    auto *longitude = editor->findChild<QLineEdit *>(u"longitudeFieldInner"_qs);
+    auto *apply = editor->findChild<QAbstractButton *>(u"applyButton"_qs);
+    QVERIFY(latitude && longitude && apply);
+    QVERIFY(TestSupport::waitUntil([&] { return latitude->isEnabled(); }));
+    latitude->setFocus();
+    QTest::keyClicks(latitude, u"48.8584"_qs);
+    QTest::keyClick(latitude, Qt::Key_Tab);
+    QVERIFY(longitude->hasFocus());
+    QTest::keyClicks(longitude, u"2.2945"_qs);
+    QVERIFY(apply->isEnabled());
+    QTest::mouseClick(apply, Qt::LeftButton);
     // The status line shows the batch while it runs; its ticks come every tenth of a second.
     QVERIFY(TestSupport::waitUntil(
         [&] { return statusText().startsWith(u"Writing 1 of 2... (2 items | 2 selected"_qs); },
@@ -173,6 +202,44 @@ void tst_MainWindow::editOfTwoSelectedRowsReachesBothFiles()
         30000));
     QVERIFY(TestSupport::waitUntil([&] { return statusText().startsWith(u"Ready."_qs); }));
     QVERIFY(m_alerts.alerts.isEmpty());
+    // The re-read files stand on the map.
+    MapDelegate &map = *m_delegate->mapDelegate;
+    QVERIFY(TestSupport::waitUntil([&] {
+        const QList<MapDelegate::Marker> markers = map.markers();
+        return markers.size() == 2
+            && std::all_of(markers.cbegin(), markers.cend(),
+                           [](const MapDelegate::Marker &m) { return m.coordinate.has_value(); });
+    }));
+}
+
+void tst_MainWindow::rubberBandOnTheMapSelectsRows()
+{
+    // The map beside the names: a band drawn over the two markers selects both rows.
+    clickRow(0);
+    QCOMPARE(m_delegate->dataModel->selectedNodes().size(), 1);
+    m_delegate->dataModel->previewMode->setValue(3);
+    MapWidget *widget = content().mapWidget();
+    QVERIFY(widget);
+    QCOMPARE(widget->parentWidget(), content().horizontalMapHost.data());
+    MapDelegate &map = *m_delegate->mapDelegate;
+    QVERIFY(TestSupport::waitUntil([&] { return map.viewState().width > 0; }, 60000));
+    map.setRegion({{48.8584, 2.2945}, 0.5, 0.5}, false);
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return widget->mapView()->paintedSequence() == map.scene().sequence; }, 30000));
+    widget->switchToRubberBandMode();
+    MapOverlayView *overlay = widget->overlayView();
+    const QPoint place
+        = MapGeometry::pointForCoordinate(map.viewState(), {48.8584, 2.2945}).toPoint();
+    QTest::mousePress(overlay, Qt::LeftButton, {}, place - QPoint(30, 30));
+    QTest::mouseMove(overlay, place);
+    QTest::mouseMove(overlay, place + QPoint(30, 30));
+    QTest::mouseRelease(overlay, Qt::LeftButton, {}, place + QPoint(30, 30));
+    QCOMPARE(m_delegate->dataModel->selectedNodes().size(), 2);
+    // The table beside the map shows the map's selection.
+    auto &names = *content().minimalPreviewTableViewController;
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return names.tableView->selectionModel()->selectedRows().size() == 2; }));
+    m_delegate->dataModel->previewMode->setValue(0);
 }
 
 void tst_MainWindow::quitWaitsForAWriteStillInThePool()
