@@ -43,6 +43,7 @@
 #include <QListView>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStyle>
 #include <QTableView>
 #include <QToolButton>
 #include <QTreeView>
@@ -153,7 +154,7 @@ QWidget *MainContentViewController::build()
     sideSplitter->addWidget(buildOverviewPanel());
     sideSplitter->setStretchFactor(0, 0);
     sideSplitter->setStretchFactor(1, 1);
-    sideSplitter->setSizes({360, 900});
+    sideSplitter->setSizes({m_parameterSideWidth, 900});
     layout->addWidget(sideSplitter);
 
     setupSidebarListeners();
@@ -246,7 +247,12 @@ QWidget *MainContentViewController::buildParameterStack()
     EditorStyle::alignCaptionColumns(parameterStackView);
     QWidget *side = assembly->view();
     side->setObjectName(QStringLiteral("parameterSide"));
-    side->setMinimumWidth(300);
+    // Narrower than 340 the editors' buttons are cut; wider than the editors need is wasted. A
+    // small window keeps its room for the table and the map.
+    const int scrollBar = side->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    side->setMinimumWidth(340);
+    m_parameterSideWidth
+        = std::clamp(parameterStackView->sizeHint().width() + scrollBar + 2, 340, 420);
     m_assemblies.push_back(assembly);
     return side;
 }
@@ -275,7 +281,7 @@ QWidget *MainContentViewController::buildOverviewPanel()
     QSplitter *horizontalSplit
         = makeCombined(Qt::Horizontal, horizontalTableHost, horizontalMapHost,
                        QStringLiteral("combinedHorizontalWall"));
-    horizontalSplit->setSizes({280, 600});
+    horizontalSplit->setSizes({330, 600});
     horizontalTableHost->layout()->addWidget(minimalPreviewTableViewController->view());
 
     // The category menu counts its separators as entries, as the stored index does.

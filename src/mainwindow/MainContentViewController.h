@@ -138,6 +138,7 @@ private:
     QPointer<QWidget> m_mapView;
     bool m_selectionChangedFromTable = false;
     bool m_infoPanePlaced = false;
+    int m_parameterSideWidth = 360;
     // Keeps the assemblies' bindings alive as long as the views.
     std::vector<std::shared_ptr<void>> m_assemblies;
 };
