@@ -30,6 +30,9 @@ struct CoordinateTexts
 
 std::optional<CoordinateTexts> coordinateTexts(const QString &latitude, const QString &longitude)
 {
+    // No pin or no position: nothing to parse, and nothing wrong to say in the log.
+    if (latitude.isEmpty() || longitude.isEmpty())
+        return std::nullopt;
     const LocationHelper &helper = LocationHelper::shared();
     const std::optional<Coordinate2D> coordinate = helper.coordinateFromDD(latitude, longitude);
     if (!coordinate)
@@ -336,8 +339,12 @@ void PinAndStepperController::updatePinnedCoordinateFormats()
 void PinAndStepperController::updatePinnedLocationInputFields()
 {
     updatePinnedCoordinateFormats();
-    const std::optional<Coordinate2D> coordinate = LocationHelper::shared().coordinateFromDD(
-        m_model._pinnedLatitudeString->value(), m_model._pinnedLongitudeString->value());
+    const QString latitude = m_model._pinnedLatitudeString->value();
+    const QString longitude = m_model._pinnedLongitudeString->value();
+    if (latitude.isEmpty() || longitude.isEmpty())
+        return;
+    const std::optional<Coordinate2D> coordinate
+        = LocationHelper::shared().coordinateFromDD(latitude, longitude);
     if (!coordinate)
         return;
     const auto assign = [model = &m_model](const Placemark &placemark) {

@@ -1,91 +1,70 @@
-#include "FirstWindow.h"
+#include "AppDelegate.h"
+#include "Appearance.h"
+#include "MainWindow.h"
 #include "MapWebView.h"
-#include "MapWidget.h"
 #include "QtAlertPresenter.h"
+#include "QtBeeper.h"
 #include "QtClipboardWriter.h"
+#include "SingleInstance.h"
 #include "commons/AppDescription.h"
 #include "commons/ApplicationStart.h"
-#include "commons/CommonsHuskFacade.h"
-#include "commons/SmartAppDelegate.h"
-#include "commons/SparkleManagerHuskFacade.h"
-#include "location/Geocoder.h"
-#include "map/MapDelegate.h"
+#include "platform/UserDefaults.h"
 #include "session/DataModel.h"
-#include "session/OutputEngine.h"
 #include "writing/ChangeManager.h"
-#include "writing/WriteEngine.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFileInfo>
-#include <QMenu>
-#include <QMenuBar>
 
 int main(int argc, char *argv[])
 {
+    // QtWebEngine's switches must be in place before the application object exists.
     MapWebView::prepareProcess();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("palomet"));
     QApplication::setApplicationDisplayName(QStringLiteral("Palomet"));
-    QApplication::setOrganizationName(QStringLiteral("palomet"));
     QApplication::setApplicationVersion(AppDescription::buildVersion());
+    QApplication::setDesktopFileName(QStringLiteral("org.palomet.Palomet"));
+
+    // The paths given to the program (the desktop file's %F) are opened as if dropped.
+    QStringList paths;
+    for (const QString &argument : QApplication::arguments().mid(1))
+        paths << QFileInfo(argument).absoluteFilePath();
+
+    // A Palomet already running takes the paths, and this start ends.
+    SingleInstance instance;
+    if (instance.handOverToRunningInstance(paths))
+        return 0;
 
     ApplicationStart::installMetadataReaders();
     ApplicationStart::installWritePath();
-
     QtAlertPresenter alerts;
     AlertPresenter::install(&alerts);
     QtClipboardWriter clipboard;
     ClipboardWriter::install(&clipboard);
+    QtBeeper beeper;
+    Beeper::install(&beeper);
+    Appearance::applyStoredModeAndFollowChanges();
 
-    DataModel dataModel;
-    ChangeManager::setDataModel(&dataModel);
-    std::shared_ptr<OutputEngine> engine = OutputEngine::create(&dataModel);
-    // The map lives as long as the program: the readers and the list put their markers there.
-    MapDelegate mapDelegate(dataModel);
-    mapDelegate.setupMapListeners();
-    mapDelegate.install();
-    FirstWindow window(dataModel, engine);
-    MapWebView::Options mapOptions;
-    mapOptions.online = MapWebView::onlineSetting();
-    window.setMapWidget(new MapWidget(dataModel, mapDelegate, mapOptions, Geocoder::shared()));
-    alerts.setParent(&window);
-
-    // The phases of the run: Help entries and launch counting, then the update checks; the
-    // window's Help menu is built once every part has added its entries.
-    SmartAppDelegate delegate(AppDescription::ofThisBuild());
-    CommonsHuskFacade commons;
-    delegate.willFinishLaunchingCallbackList.append(
-        [&commons](SmartAppDelegate &d, const AppNotification &) {
-            commons.finishInitialization(d);
-        });
-    SparkleManagerHuskFacade updates;
-    updates.finishInitialization(delegate);
-    delegate.didFinishLaunchingCallbackList.append(
-        [&window](SmartAppDelegate &d, const AppNotification &) {
-            QMenu *help = window.menuBar()->addMenu(QCoreApplication::translate("main", "&Help"));
-            d.menuItemManager.fillMenu(
-                help, {SparkleManagerHuskFacade::groupName, MenuItemManager::helpGroup});
-        });
-    window.show();
-
-    // Each run starts from an empty source list; paths given to the program are what it opens.
-    dataModel.sourceList.deleteAll();
-    engine->startListening();
-    QStringList paths;
-    for (const QString &argument : QApplication::arguments().mid(1))
-        paths << QFileInfo(argument).absoluteFilePath();
-    if (!paths.isEmpty())
-        window.openPaths(paths);
+    AppDelegate delegate;
+    delegate.finishInitialization();
+    ChangeManager::setDataModel(delegate.dataModel.get());
+    // Each run starts from an empty list of sources; it is emptied at quit as well.
+    delegate.dataModel->sourceList.deleteAll();
+    instance.listen([&delegate](const QStringList &handedOver) {
+        delegate.openFiles(handedOver);
+        if (delegate.mainWindow) {
+            delegate.mainWindow->raise();
+            delegate.mainWindow->activateWindow();
+        }
+    });
+    delegate.installSignalHandlers();
+    delegate.openFilesOnceWindowIsPainted(paths);
 
     const int status = app.exec();
-    // Edits still on their way to the files are written before the program ends.
-    if (WriteEngine::shared().hasPendingWrites())
-        WriteEngine::shared().waitForCompletion();
-    dataModel.sourceList.deleteAll();
-    mapDelegate.uninstall();
-    ClipboardWriter::install(nullptr);
     ChangeManager::setDataModel(nullptr);
+    Beeper::install(nullptr);
+    ClipboardWriter::install(nullptr);
     AlertPresenter::install(nullptr);
+    alerts.setParent(nullptr);
     return status;
 }

@@ -1,12 +1,15 @@
 #include "UserDefaults.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QSettings>
 #include <QStandardPaths>
+
+#include <cstdio>
 
 namespace {
 
@@ -49,6 +52,22 @@ UserDefaults::UserDefaults(const QString &filePath)
 {
     QDir().mkpath(QFileInfo(filePath).absolutePath());
     m_settings = std::make_unique<QSettings>(filePath, jsonFormat());
+    // A file that is not a JSON object reads as empty, so every setting takes its default. It is
+    // moved aside under another name and said once; the store starts afresh, since QSettings
+    // would keep reporting the error on every later sync.
+    if (m_settings->status() == QSettings::FormatError) {
+        const QString kept = filePath + QStringLiteral(".damaged");
+        QFile::remove(kept);
+        if (!QFile::rename(filePath, kept)) {
+            QFile::copy(filePath, kept);
+            QFile::remove(filePath);
+        }
+        m_settings = std::make_unique<QSettings>(filePath, jsonFormat());
+        std::fprintf(stderr,
+                     "Palomet: the preferences file %s could not be read; every setting "
+                     "takes its default (the file is kept as %s)\n",
+                     qPrintable(filePath), qPrintable(kept));
+    }
 }
 
 UserDefaults::~UserDefaults() = default;

@@ -60,6 +60,8 @@ public:
     // Blocks until every write enqueued so far has run. On the main thread it keeps the event
     // loop turning, since the batches' results and ends are delivered there.
     void waitForCompletion();
+    // The queue of the batches, for a caller that waits for them on another thread.
+    OperationQueue &operationQueue() { return m_operationQueue; }
 
     // Called by a WriteOperation, on the main thread, after all of its per-file results.
     void operationFinished(const std::shared_ptr<WriteOperation> &operation);

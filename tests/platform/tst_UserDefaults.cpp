@@ -1,5 +1,6 @@
 #include "platform/UserDefaults.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -13,6 +14,7 @@ private slots:
     void registeredDefaultsSitUnderStoredValues();
     void valuesKeepTheirTypesAcrossARestart();
     void observersRunPerKeyOnTheWritersThread();
+    void damagedFileReadsAsDefaultsAndIsKept();
 
 private:
     QTemporaryDir m_dir;
@@ -74,6 +76,30 @@ void tst_UserDefaults::observersRunPerKeyOnTheWritersThread()
     defaults.removeObserver(id);
     defaults.setObject(QStringLiteral("2"), QStringLiteral("watched"));
     QCOMPARE(seen.size(), 1);
+}
+
+// A preferences file that is not a JSON object must not stop the program: it reads as empty, so
+// each setting takes its default, and it is kept aside before a change writes over it.
+void tst_UserDefaults::damagedFileReadsAsDefaultsAndIsKept()
+{
+    const QString path = m_dir.filePath(QStringLiteral("d.json"));
+    const QByteArray damaged("{\"k\": 3, \"cut off here");
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(damaged);
+    }
+    UserDefaults defaults(path);
+    defaults.registerDefaults({{QStringLiteral("k"), 7}});
+    QCOMPARE(defaults.objectForKey(QStringLiteral("k")).toInt(), 7);
+    QFile kept(path + QStringLiteral(".damaged"));
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), damaged);
+
+    defaults.setObject(9, QStringLiteral("k"));
+    QVERIFY(defaults.synchronize());
+    const UserDefaults reopened(path);
+    QCOMPARE(reopened.objectForKey(QStringLiteral("k")).toInt(), 9);
 }
 
 QTEST_GUILESS_MAIN(tst_UserDefaults)

@@ -42,9 +42,12 @@ void tst_DataModel::firstLaunchDefaults()
     QCOMPARE(model.infoPaneHeight->value(), 200.0);
     QCOMPARE(model.processSubFolders->value(), false);
     QCOMPARE(model.quoteStrings->value(), true);
-    // Registered defaults are never written to disk.
-    QVERIFY(!QFileInfo::exists(defaults.filePath())
-            || !defaults.objectForKey(QStringLiteral("quoteStrings")).isNull());
+    // Registered defaults are never written to disk: a store on the same file without the
+    // registrations finds none of them.
+    QVERIFY(defaults.synchronize());
+    const UserDefaults unregistered(defaults.filePath());
+    for (const char *key : {"quoteStrings", "brisk_columns", "infoPaneHeight", "outputFormat"})
+        QVERIFY2(!unregistered.objectForKey(QLatin1String(key)).isValid(), key);
 }
 
 // A damaged preferences file must not keep the application from starting: every value of the

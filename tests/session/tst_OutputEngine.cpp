@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <future>
 
 namespace {
 
@@ -59,12 +60,32 @@ public:
     std::atomic_int operationsMade = 0;
 };
 
+// Puts an operation on the engine's queue that blocks it until the returned promise is kept.
+std::promise<void> holdQueue(OutputEngine &engine)
+{
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::promise<void> started;
+    engine.queue().addOperation([released, &started] {
+        started.set_value();
+        released.wait();
+    });
+    started.get_future().wait();
+    return release;
+}
+
 class RecordingTable : public PreviewTableUpdating
 {
 public:
-    void setNodes(const QList<NodePtr> &nodes) override { shown = nodes; }
+    void setNodes(const QList<NodePtr> &nodes) override
+    {
+        shown = nodes;
+        history.append(nodes);
+    }
     void updateAll() override { ++updates; }
     QList<NodePtr> shown;
+    // Every list the table was given, in order.
+    QList<QList<NodePtr>> history;
     int updates = 0;
 };
 
@@ -184,25 +205,46 @@ void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
 {
     m_engine->startListening();
     QVERIFY(waitReady());
-    // Two changes in a row on the main thread: the first scan is cancelled before or while it
-    // runs and swaps nothing in; only the second list arrives.
+    // The queue is held while the sources change twice, so the first scan is still waiting
+    // when the second change comes: it must be cancelled and never reach the table.
+    std::promise<void> release = holdQueue(*m_engine);
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
     m_model->sourceList.deleteAt(0);
     m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    release.set_value();
     QVERIFY(TestSupport::waitUntil(
         [&] { return listedNames() == QStringList {QStringLiteral("c.jpg")}; }));
     QVERIFY(waitReady());
+    for (const QList<NodePtr> &shown : std::as_const(m_table->history)) {
+        for (const NodePtr &node : shown)
+            QVERIFY2(node->name == QStringLiteral("c.jpg"), qPrintable(node->name));
+    }
     QCOMPARE(listedNames(), QStringList {QStringLiteral("c.jpg")});
     QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(QStringLiteral("c.jpg")));
 }
 
 void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
 {
-    // Not listening yet, and no list: a sort change or an output change starts no stage.
+    // The first scan waits behind a held queue: until it has finished there is no list, so sort,
+    // stepper and output changes start no stage, and the scan's own settings give the result.
+    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    std::promise<void> release = holdQueue(*m_engine);
+    m_engine->startListening();
+    const int queued = m_engine->queue().operationCount();
     m_engine->launchReSortOperation();
     m_model->setFirstSortMode(SortMode::nameDescending);
-    QCOMPARE(m_engine->queue().operationCount(), 0);
+    m_model->setStepperMode(StepperMode::city);
+    m_model->outputFormat->setValue(OutputFormatIndexEnum::JSON);
+    m_model->quoteStrings->setValue(!m_model->quoteStrings->value());
+    QCOMPARE(m_engine->queue().operationCount(), queued);
     QVERIFY(!m_engine->flatFileList());
+    release.set_value();
+    QVERIFY(TestSupport::waitUntil([&] { return m_engine->currentOutputString().has_value(); }));
+    QVERIFY(waitReady());
+    QCOMPARE(listedNames(),
+             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
+                           QStringLiteral("b10.jpg")}));
+    QCOMPARE(m_format->operationsMade.load(), 1);
 }
 
 void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()

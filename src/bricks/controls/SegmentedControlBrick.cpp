@@ -1,6 +1,7 @@
 #include "SegmentedControlBrick.h"
 
 #include <QButtonGroup>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QToolButton>
 
@@ -28,6 +29,25 @@ SegmentedControlBrick::SegmentedControlBrick(const QStringList &labels, QWidget 
         if (selectedSegmentFunc)
             selectedSegmentFunc(id);
     });
+    connect(m_group, &QButtonGroup::idToggled, this, [this] { markSelectedSegment(); });
+}
+
+void SegmentedControlBrick::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        markSelectedSegment();
+}
+
+// A style's own checked look is a slightly darker button, which a dark palette hides: the chosen
+// segment takes the selection's colours instead.
+void SegmentedControlBrick::markSelectedSegment()
+{
+    QPalette chosen = palette();
+    chosen.setColor(QPalette::Button, chosen.color(QPalette::Highlight));
+    chosen.setColor(QPalette::ButtonText, chosen.color(QPalette::HighlightedText));
+    for (QAbstractButton *button : m_group->buttons())
+        button->setPalette(button->isChecked() ? chosen : QPalette());
 }
 
 int SegmentedControlBrick::selectedSegment() const

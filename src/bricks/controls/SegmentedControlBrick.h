@@ -25,8 +25,11 @@ public:
 
 protected:
     QWidget *brickWidget() override { return this; }
+    void changeEvent(QEvent *event) override;
 
 private:
+    void markSelectedSegment();
+
     QButtonGroup *m_group;
 };
 

@@ -370,12 +370,11 @@
             drawMarker(item[0], item[3], item[4], point.x, point.y);
             if (item[0] === KIND_CLUSTER)
                 drawCount(item[5], point.x, point.y, item[3]);
-            else if (item[0] === KIND_PLAIN && labelled && (item[6] || item[7])) {
+            else if (item[0] === KIND_PLAIN && labelled && item[6]) {
+                // The title (the place's city) only: the subtitle is the file's sorting name,
+                // whose padded numbers are no text to show, and side by side they cover the map.
                 context.setTransform(ratio, 0, 0, ratio, 0, 0);
-                if (item[6])
-                    drawLabel(item[6], point.x, point.y + 2, true);
-                if (item[7])
-                    drawLabel(item[7], point.x, point.y + (item[6] ? 15 : 2), false);
+                drawLabel(item[6], point.x, point.y + 2, true);
             }
         }
     }
