@@ -2,6 +2,7 @@
 
 #include "ColumnListTableViewController.h"
 #include "DragAndDropTableView.h"
+#include "GeotagDialog.h"
 #include "InfoPaneController.h"
 #include "MapWebView.h"
 #include "MapWidget.h"
@@ -261,7 +262,11 @@ BuildDirectiveList MainContentViewController::editorFragments()
 {
     // Scan, sort, stepper, GPS, the four location fields, pins and the output settings, between
     // the sources and the columns.
-    return ParameterSide::fragments(m_dataModel, m_outputEngine, *pinAndStepperController);
+    return ParameterSide::fragments(m_dataModel, m_outputEngine, *pinAndStepperController, [this] {
+        GeotagDialog::run(
+            view()->window(),
+            GeotagDialog::filesToGeotag(m_dataModel.selectedNodes(), *m_outputEngine));
+    });
 }
 
 QWidget *MainContentViewController::buildOverviewPanel()

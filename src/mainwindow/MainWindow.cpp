@@ -1,20 +1,26 @@
 #include "MainWindow.h"
 
 #include "AppDelegate.h"
+#include "GeotagDialog.h"
 #include "MainContentViewController.h"
 #include "MapWidget.h"
+#include "UndoActions.h"
 #include "commons/SparkleManagerHuskFacade.h"
 #include "editors/OutputSettingsFragment.h"
 #include "location/PinAndStepperController.h"
 #include "map/MapOverlay.h"
 #include "map/MapOverlayMode.h"
 #include "session/DataModel.h"
+#include "session/FlatFileList.h"
+#include "session/OutputEngine.h"
 #include "session/StepperMode.h"
+#include "writing/UndoManager.h"
 
 #include <QAbstractItemView>
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QHash>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -58,6 +64,7 @@ std::unique_ptr<MainWindow> MainWindow::makeMainWindow(DataModel &dataModel,
 MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outputEngine,
                        MapDelegate *mapDelegate)
     : m_dataModel(dataModel)
+    , m_outputEngine(outputEngine)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("Palomet"));
@@ -66,6 +73,23 @@ MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outpu
     mainContentViewController = NiblessViewController::make<MainContentViewController>(
         dataModel, std::move(outputEngine), mapDelegate);
     setCentralWidget(mainContentViewController->buildIfNeeded());
+    // An undo re-reads through the list's own nodes, so that the table and the editors hear of
+    // it; the index is rebuilt when the list is replaced.
+    UndoManager::shared().setNodeLookup(
+        [engine = m_outputEngine,
+         index = std::make_shared<std::pair<FlatFileListPtr, QHash<QString, NodePtr>>>()](
+            const QString &path) -> NodePtr {
+            const FlatFileListPtr list = engine->flatFileList();
+            if (!list)
+                return nullptr;
+            if (index->first != list) {
+                index->first = list;
+                index->second.clear();
+                for (const NodePtr &node : list->files)
+                    index->second.insert(node->absolutePath, node);
+            }
+            return index->second.value(path);
+        });
     installEventFilter(this);
     // 1280 by 800 where the screen allows it, never larger than the screen.
     QSize size(1280, 800);
@@ -122,6 +146,10 @@ void MainWindow::buildMenus(AppDelegate &delegate)
     add(file, tr("&Reload"), QStringLiteral("reload"), reloadKeys, [&delegate] {
         delegate.reload();
     })->setToolTip(tr("Read every file again"));
+    file->addSeparator();
+    file->addAction(GeotagDialog::createAction(this, [this] {
+        return GeotagDialog::filesToGeotag(m_dataModel.selectedNodes(), *m_outputEngine);
+    }));
     addOutputCommands(file);
     file->addSeparator();
     add(file, tr("&Quit"), QStringLiteral("quit"), {QKeySequence::Quit}, [&delegate] {
@@ -129,10 +157,8 @@ void MainWindow::buildMenus(AppDelegate &delegate)
     })->setMenuRole(QAction::QuitRole);
 
     QMenu *edit = bar->addMenu(tr("&Edit"));
-    add(edit, tr("&Undo"), QStringLiteral("undo"), {QKeySequence::Undo},
-        [] { sendToFocusWidget("undo"); });
-    add(edit, tr("&Redo"), QStringLiteral("redo"), {QKeySequence::Redo},
-        [] { sendToFocusWidget("redo"); });
+    // Undo and Redo reverse the last written change; a text field keeps its own Ctrl+Z.
+    (new UndoActions(edit))->addTo(edit);
     edit->addSeparator();
     add(edit, tr("Cu&t"), QStringLiteral("cut"), {QKeySequence::Cut},
         [] { sendToFocusWidget("cut"); });

@@ -49,5 +49,6 @@ private:
     void addMapModes(QMenu *view);
 
     DataModel &m_dataModel;
+    std::shared_ptr<OutputEngine> m_outputEngine;
     bool m_painted = false;
 };

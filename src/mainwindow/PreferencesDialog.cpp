@@ -7,6 +7,7 @@
 #include "MapWebView.h"
 #include "MapWidget.h"
 #include "MapZoomToolbar.h"
+#include "SidecarPreferences.h"
 #include "platform/UserDefaults.h"
 
 #include <QCheckBox>
@@ -91,6 +92,7 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     if (!hasFeed)
         updates->addWidget(note(tr("This build is updated with the system's packages."), this));
     form->addRow(tr("Updates:"), updates);
+    SidecarPreferences::addRows(form);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
