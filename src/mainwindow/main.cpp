@@ -9,6 +9,7 @@
 #include "commons/AppDescription.h"
 #include "commons/ApplicationStart.h"
 #include "platform/UserDefaults.h"
+#include "preview/ThumbnailGenerator.h"
 #include "session/DataModel.h"
 #include "writing/ChangeManager.h"
 
@@ -66,5 +67,7 @@ int main(int argc, char *argv[])
     ClipboardWriter::install(nullptr);
     AlertPresenter::install(nullptr);
     alerts.setParent(nullptr);
+    // A thumbnail still being decoded would outlive the libraries it uses.
+    ThumbnailGenerator::waitForWorkInFlight(2000);
     return status;
 }

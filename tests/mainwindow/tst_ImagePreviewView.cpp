@@ -90,6 +90,7 @@ class tst_ImagePreviewView : public QObject
 
 private slots:
     void initTestCase();
+    void cleanupTestCase();
     void gridShowsTheFilesOfThePage();
     void clickOnACellShowsThatFileAlone();
     void arrowKeysPageTheGridAndStepTheImage();
@@ -116,6 +117,11 @@ void tst_ImagePreviewView::initTestCase()
         files << PreviewFixtures::makePicture(
             dir.path(), u"photo-%1.jpg"_s.arg(i, 2, 10, QChar(u'0')),
             i % 3 == 1 ? QSize(480, 640) : QSize(640, 480), colorOf(i));
+}
+
+void tst_ImagePreviewView::cleanupTestCase()
+{
+    QVERIFY(ThumbnailGenerator::waitForWorkInFlight(30000));
 }
 
 void tst_ImagePreviewView::gridShowsTheFilesOfThePage()

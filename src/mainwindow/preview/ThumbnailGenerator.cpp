@@ -14,10 +14,25 @@
 #include <QPainterPath>
 #include <QScreen>
 
+#include <QDeadlineTimer>
+#include <QThread>
+
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 namespace {
+
+// Decodes outlive their generator (they hold it weakly); a process about to end waits for them.
+std::atomic<int> workInFlight {0};
+
+struct InFlight
+{
+    InFlight() { ++workInFlight; }
+    ~InFlight() { --workInFlight; }
+    InFlight(const InFlight &) = delete;
+    InFlight &operator=(const InFlight &) = delete;
+};
 
 // What the thumbnailer made: an image fitted to the request, and the decoded one to write back
 // to the shared cache (null when it came from there, or when no cache folder is large enough).
@@ -151,6 +166,7 @@ bool ThumbnailGenerator::isPending(const QUuid &requestId) const
 void ThumbnailGenerator::generateThumbnail(const std::weak_ptr<ThumbnailGenerator> &generator,
                                            const ThumbnailRequest &request)
 {
+    const InFlight inFlight;
     const QString path = request.item.path;
     const ThumbnailResult failed {request.index, path, std::nullopt, request.requestId, false};
     {
@@ -316,4 +332,15 @@ QImage ThumbnailGenerator::getFileIcon(const QString &mimeTypeName, const QSizeF
     painter.end();
     bitmap.setDevicePixelRatio(scale);
     return bitmap;
+}
+
+bool ThumbnailGenerator::waitForWorkInFlight(int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (workInFlight.load() > 0) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(5);
+    }
+    return true;
 }

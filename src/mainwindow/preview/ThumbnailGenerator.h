@@ -85,6 +85,10 @@ public:
     QStringList cacheAccessOrder() const;
     int pendingRequestCount() const;
 
+    // Waits until no thumbnail is being made by any generator, for at most timeoutMs; false if
+    // some still is. For the end of the process: a decode must not outlive the libraries' data.
+    static bool waitForWorkInFlight(int timeoutMs);
+
     // The main screen's device pixel ratio, 2.0 when there is no screen.
     static double mainScreenScale();
     // Fits the image into size points without enlarging it; the result has scale pixels per
