@@ -6,6 +6,7 @@
 #include "session/DataModel.h"
 #include "session/PreviewTab.h"
 
+#include "ListTable.h"
 #include "TestSupport.h"
 
 #include <QTest>
@@ -13,34 +14,6 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-// A table over a fixed list whose selection handler assigns the model's selection, as the
-// file table's does.
-class ListTable : public ItemTableSelection
-{
-public:
-    ListTable(DataModel &model, QList<NodePtr> nodes)
-        : m_model(model)
-        , m_nodes(std::move(nodes))
-    { }
-    int numberOfRows() const override { return int(m_nodes.size()); }
-    NodePtr nodeAtRow(int row) const override { return m_nodes.at(row); }
-    QList<int> selectedRowIndexes() const override { return m_selected; }
-    void selectRowIndexes(const QList<int> &rows, bool byExtending) override
-    {
-        QVERIFY(!byExtending);
-        m_selected = rows;
-        QList<NodePtr> nodes;
-        for (int row : rows)
-            nodes << m_nodes.at(row);
-        m_model.setSelectedNodes(nodes);
-    }
-
-private:
-    DataModel &m_model;
-    QList<NodePtr> m_nodes;
-    QList<int> m_selected;
-};
 
 class RecordingMap : public PinMapView
 {

@@ -1,7 +1,7 @@
 #include "EditorTestBench.h"
+#include "ListTable.h"
 #include "TestSupport.h"
 #include "bricks/controls/SingleLineLabel.h"
-#include "location/ItemTableSelection.h"
 #include "location/PinAndStepperController.h"
 #include "mainwindow/editors/StepperFragment.h"
 #include "session/DataModel.h"
@@ -10,36 +10,6 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-// The list in table order; selecting rows selects their nodes, as the file table does.
-class ListTable : public ItemTableSelection
-{
-public:
-    ListTable(DataModel &model, QList<NodePtr> nodes)
-        : m_model(model)
-        , m_nodes(std::move(nodes))
-    { }
-    int numberOfRows() const override { return int(m_nodes.size()); }
-    NodePtr nodeAtRow(int row) const override { return m_nodes.at(row); }
-    QList<int> selectedRowIndexes() const override { return m_selected; }
-    void selectRowIndexes(const QList<int> &rows, bool) override
-    {
-        m_selected = rows;
-        QList<NodePtr> nodes;
-        for (int row : rows)
-            nodes << m_nodes.at(row);
-        m_model.setSelectedNodes(nodes);
-    }
-
-private:
-    DataModel &m_model;
-    QList<NodePtr> m_nodes;
-    QList<int> m_selected;
-};
-
-} // namespace
 
 class tst_StepperFragment : public QObject
 {
