@@ -1,4 +1,5 @@
 #include "EditorTestBench.h"
+#include "FileDialogs.h"
 #include "Fixtures.h"
 #include "TestSupport.h"
 #include "bricks/controls/SmartTextField.h"
@@ -31,19 +32,6 @@ const QByteArray track
       "<trkpt lat='48.1' lon='2.1'><time>2024-05-01T08:10:00Z</time></trkpt>\n"
       "<trkpt lat='48.2' lon='2.2'><time>2024-05-01T08:20:00Z</time></trkpt>\n"
       "</trkseg></trk></gpx>\n";
-
-// Answers the next file dialog with path, typed into its name field as a user does.
-void answerFileDialog(QObject *context, const QString &path)
-{
-    QTimer::singleShot(200, context, [path] {
-        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-        auto *name = dialog ? dialog->findChild<QLineEdit *>(u"fileNameEdit"_s) : nullptr;
-        if (!name)
-            return;
-        name->setText(path);
-        static_cast<QDialog *>(dialog)->accept();
-    });
-}
 
 QDir screenshotFolder()
 {
@@ -98,7 +86,7 @@ void tst_GeotagDialog::malformedTrackIsExplained()
     auto *error = dialog->findChild<QLabel *>(u"geotagError"_s);
     auto *apply = dialog->findChild<QPushButton *>(u"geotagApplyButton"_s);
 
-    answerFileDialog(this, broken);
+    TestSupport::answerFileDialog(this, broken);
     QTest::mouseClick(dialog->findChild<QWidget *>(u"geotagChooseButton"_s), Qt::LeftButton);
     QVERIFY(TestSupport::waitUntil([&] { return error->isVisible(); }, 60000));
     QVERIFY2(error->text().startsWith(u"The track could not be read. broken.gpx: "_s),
@@ -144,7 +132,7 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     QTest::keyClicks(clock, u"5:00"_s);
     QCOMPARE(dialog->controller().cameraClockOffsetSeconds(), 300.0);
 
-    answerFileDialog(this, trackPath);
+    TestSupport::answerFileDialog(this, trackPath);
     QTest::mouseClick(dialog->findChild<QWidget *>(u"geotagChooseButton"_s), Qt::LeftButton);
     QVERIFY(TestSupport::waitUntil([&] { return apply->isEnabled(); }, 60000));
     QCOMPARE(summary->text(), u"2 of 3 files would be placed; 1 is left outside the track."_s);

@@ -1,4 +1,5 @@
 #include "EditorTestBench.h"
+#include "FileDialogs.h"
 #include "TestSupport.h"
 #include "bricks/controls/SingleLineLabel.h"
 #include "mainwindow/editors/OutputSettingsFragment.h"
@@ -71,17 +72,8 @@ void tst_OutputSettingsFragment::settingsFollowTheFormatAndTheTextIsSaved()
     // The dialog proposes the format's type; a name without one gets it.
     const auto saveAs = [&](const QString &target) {
         QString proposed;
-        QTimer::singleShot(200, this, [&] {
-            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-            if (!dialog)
-                return;
+        TestSupport::answerFileDialog(this, target, [&](QFileDialog *dialog) {
             proposed = dialog->selectedFiles().value(0);
-            // Typed into the name field, as a user does.
-            auto *name = dialog->findChild<QLineEdit *>(u"fileNameEdit"_s);
-            if (!name)
-                return;
-            name->setText(target);
-            static_cast<QDialog *>(dialog)->accept();
         });
         QTest::mouseClick(save, Qt::LeftButton);
         return QFileInfo(proposed).fileName();
@@ -99,7 +91,9 @@ void tst_OutputSettingsFragment::settingsFollowTheFormatAndTheTextIsSaved()
         // The button may still stand for the earlier format's text until the engine has the new.
         QVERIFY(TestSupport::waitUntil([&, key] {
             const auto output = engine->currentOutput();
-            return output && output->format == key && save->isEnabled();
+            return output && output->format == key && save->isEnabled()
+                && engine->createOutputEngineViewModel().activeStage
+                == OutputOperationTypeEnum::ready;
         }));
         const QString type = key == Format::KML ? u"kml"_s : u"gpx"_s;
         QCOMPARE(saveAs(folder.filePath(u"places"_s)), u"File List."_s + type);
