@@ -14,9 +14,13 @@ function(palomet_add_test name)
     target_link_libraries(${name} PRIVATE ${arg_DEPENDS} Qt6::Test)
     palomet_set_warnings(${name})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-    add_test(NAME ${name} COMMAND ${name})
+    # Each test starts from its own empty data, cache and config folders, so that journals,
+    # caches and settings neither come from the user's home nor from an earlier run.
+    set(home ${CMAKE_BINARY_DIR}/test-home/${name})
+    add_test(NAME ${name}
+        COMMAND sh -c "rm -rf \"$1\" && mkdir -p \"$1\" && exec \"$0\"" $<TARGET_FILE:${name}> ${home})
     set_tests_properties(${name} PROPERTIES
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTWEBENGINE_DISABLE_SANDBOX=1;LC_ALL=C.UTF-8")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTWEBENGINE_DISABLE_SANDBOX=1;LC_ALL=C.UTF-8;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;XDG_CONFIG_HOME=${home}/config")
     if(arg_LABELS)
         set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}")
     endif()
