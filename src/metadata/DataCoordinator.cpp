@@ -95,7 +95,7 @@ void DataCoordinator::retrieveInformation(const Node &node, MetadataSource sourc
     }
 }
 
-void DataCoordinator::invalidateData(const NodePtr &node)
+void DataCoordinator::invalidateData(const NodePtr &node, std::function<void()> whenReread)
 {
     MetadataStorage &storage = MetadataStorage::shared();
     const QString &path = node->absolutePath;
@@ -113,9 +113,14 @@ void DataCoordinator::invalidateData(const NodePtr &node)
         std::lock_guard lock(m_rereadsMutex);
         const auto queued = m_queuedRereads.find(path);
         if (queued != m_queuedRereads.end()) {
-            *queued |= sources;
+            queued->sources |= sources;
+            if (whenReread)
+                queued->whenReread << std::move(whenReread);
         } else {
-            m_queuedRereads.insert(path, sources);
+            QueuedReread reread {sources, {}};
+            if (whenReread)
+                reread.whenReread << std::move(whenReread);
+            m_queuedRereads.insert(path, std::move(reread));
             if (m_outstandingRereads[path]++ == 0)
                 FileOperationLock::shared().beginMetadataRetrieval(path);
             queueReread = true;
@@ -136,7 +141,7 @@ void DataCoordinator::invalidateData(const NodePtr &node)
     });
 }
 
-DataCoordinator::SourceSet DataCoordinator::rereadStarting(const QString &path)
+DataCoordinator::QueuedReread DataCoordinator::rereadStarting(const QString &path)
 {
     std::lock_guard lock(m_rereadsMutex);
     return m_queuedRereads.take(path);

@@ -38,7 +38,10 @@ public:
     // observers are told on the main thread. From this call until the re-read is over, the file
     // is marked in FileOperationLock, which holds its next write back. A re-read that has not
     // started yet serves any further invalidation of the file.
-    void invalidateData(const NodePtr &node);
+    // whenReread, if given, runs on the main thread once a re-read begun after this call is
+    // over and the node's observers have been told: a write's completion handlers wait for it,
+    // so that what they show is what the file now holds.
+    void invalidateData(const NodePtr &node, std::function<void()> whenReread = {});
 
     // The synchronous read of the operation class that serves the source.
     static void retrieveInformation(const Node &node, MetadataSource source);
@@ -66,9 +69,15 @@ private:
     {
         return SourceSet(1) << int(source);
     }
+    // A re-read waiting in the queue: what it reads, and who waits for its end.
+    struct QueuedReread
+    {
+        SourceSet sources = 0;
+        QList<std::function<void()>> whenReread;
+    };
     // The re-read of the path starts: the sources it is to read. Later invalidations queue a
     // re-read of their own.
-    SourceSet rereadStarting(const QString &path);
+    QueuedReread rereadStarting(const QString &path);
     // The re-read of the path is over; the last one outstanding releases the file for writing.
     void rereadFinished(const QString &path);
 
@@ -82,6 +91,6 @@ private:
     // Owned by m_rereadsMutex: re-reads queued and not started, by path, with their sources; and
     // the count of re-reads queued or running per path, which holds the file's mark in
     // FileOperationLock from the first to the last.
-    QHash<QString, SourceSet> m_queuedRereads;
+    QHash<QString, QueuedReread> m_queuedRereads;
     QHash<QString, int> m_outstandingRereads;
 };

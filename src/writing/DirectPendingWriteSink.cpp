@@ -47,8 +47,13 @@ void DirectPendingWriteSink::write(const PendingWrite &pending)
     }
     MainQueue::post([pending, success] {
         // The store is refreshed only once the file holds the new values.
-        if (success && pending.node)
-            DataCoordinator::shared().invalidateData(pending.node);
+        if (success && pending.node) {
+            DataCoordinator::shared().invalidateData(pending.node, [pending] {
+                if (pending.completionHandler)
+                    pending.completionHandler(true);
+            });
+            return;
+        }
         if (pending.completionHandler)
             pending.completionHandler(success);
     });
