@@ -14,6 +14,10 @@ ScrollWall::ScrollWall(QWidget *parent)
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWidgetResizable(false);
+    // A click on the scroller's background must not take the focus from a field being edited:
+    // that would end the edit and commit it, and with a button's click commit it twice. The
+    // fields inside still take the focus, and Tab still scrolls them into view.
+    setFocusPolicy(Qt::NoFocus);
 }
 
 void ScrollWall::setContentView(QWidget *clipView)
