@@ -142,17 +142,20 @@ void GPSCoordinateComponent::selectionDidChange(const QList<NodePtr> &selection)
     // Latitude first, then longitude; a later selection replaces the fields, so a stale chain
     // reads the newest requests.
     const std::weak_ptr<GPSCoordinateComponent *> self = m_self;
+    ++*m_updatesOnTheirWay;
+    const std::shared_ptr<void> token(nullptr, [count = m_updatesOnTheirWay](void *) { --*count; });
     latitudeValuesRequest = MultiNodeCombinedValuesRequest::create(
-        selection, latitudeExifKey, MetadataSource::ExifToolGeneric, [self, selectionChanged] {
+        selection, latitudeExifKey, MetadataSource::ExifToolGeneric,
+        [self, selectionChanged, token] {
             const auto alive = self.lock();
             if (!alive)
                 return;
             GPSCoordinateComponent *component = *alive;
             component->longitudeValuesRequest = MultiNodeCombinedValuesRequest::create(
                 component->m_model.selectedNodes(), component->longitudeExifKey,
-                MetadataSource::ExifToolGeneric, [self, selectionChanged] {
+                MetadataSource::ExifToolGeneric, [self, selectionChanged, token] {
                     // The pause lets the request finish delivering before it is asked.
-                    MainQueue::postAfter(10, [self, selectionChanged] {
+                    MainQueue::postAfter(10, [self, selectionChanged, token] {
                         if (const auto alive = self.lock())
                             (*alive)->triggerInterfaceUpdate(selectionChanged);
                     });
@@ -170,6 +173,7 @@ void GPSCoordinateComponent::triggerInterfaceUpdate(bool updateInterfaceValue)
         = longitudeValuesRequest->combinedDisplayStringWrapper(longitudeExifKey);
     const FieldValue longitude = classify(longitudeCombined);
 
+    m_shownSelection = longitudeValuesRequest->nodes;
     m_latitudeField.placeholder = latitude.placeholder;
     m_longitudeField.placeholder = longitude.placeholder;
     stateChanged();
@@ -181,6 +185,12 @@ void GPSCoordinateComponent::triggerInterfaceUpdate(bool updateInterfaceValue)
         setCurrentValueOnDiskTakingIntoAccountStickiness(latitude.value, longitude.value,
                                                          updateInterfaceValue);
     configureApplyButton();
+}
+
+bool GPSCoordinateComponent::showsCurrentSelection() const
+{
+    return *m_updatesOnTheirWay == 0 && m_shownSelection
+        && sameSelection(*m_shownSelection, m_model.selectedNodes());
 }
 
 void GPSCoordinateComponent::setInterfaceCoordinates(const QString &latitude,

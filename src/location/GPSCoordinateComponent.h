@@ -107,6 +107,9 @@ public:
     bool applyButtonEnabled() const { return m_applyEnabled; }
     bool addFlagButtonEnabled() const { return m_addFlagEnabled; }
     static constexpr bool resetButtonEnabled() { return true; }
+    // Whether the fields have been given the values of the current selection and no later
+    // update is on its way: the values land a moment after the selection itself, once read.
+    bool showsCurrentSelection() const;
     // Tells the view that the field or button state above has changed.
     std::shared_ptr<StraightVariable<int>> stateRevision;
 
@@ -144,6 +147,11 @@ private:
     std::shared_ptr<MultiNodeCombinedValuesRequest> longitudeValuesRequest;
     // Absent until the first selection, so that the first one always counts as a change.
     std::optional<QList<NodePtr>> previousSelection;
+    // The selection whose values the last interface update showed.
+    std::optional<QList<NodePtr>> m_shownSelection;
+    // Selection updates still on their way; each chain holds a token that counts itself out
+    // when the chain ends or its request is dropped.
+    std::shared_ptr<int> m_updatesOnTheirWay = std::make_shared<int>(0);
     // Lets delayed blocks find out whether the component is still there.
     std::shared_ptr<GPSCoordinateComponent *> m_self;
 

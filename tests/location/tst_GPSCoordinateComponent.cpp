@@ -56,12 +56,10 @@ private slots:
     void cleanup();
     void normalizeCoordinateValue_data();
     void normalizeCoordinateValue();
-    // Runs before the selection and typing cases: after them the fields no longer follow the
-    // re-read of a written file (state left behind across data models; still to be found).
-    void applyButtonWritesThroughChangeManager();
     void showsTheSelection_data();
     void showsTheSelection();
     void typingStates();
+    void applyButtonWritesThroughChangeManager();
     void emptySelectionIsNotEditable();
     void copyAndAddPin();
     void returnInLatitudeGoesThroughChangeManager();
@@ -110,11 +108,8 @@ NodePtr tst_GPSCoordinateComponent::readNode(const QString &name, const QStringL
 bool tst_GPSCoordinateComponent::select(const QList<NodePtr> &nodes)
 {
     m_model->setSelectedNodes(nodes);
-    // The values arrive later, through a short chain of requests on the main queue; until
-    // then nothing else changes the editor's state.
-    const int selected = component().stateRevision->value();
-    return TestSupport::waitUntil([&] { return component().stateRevision->value() != selected; },
-                                  10000);
+    // The values arrive later, through a short chain of requests on the main queue.
+    return TestSupport::waitUntil([&] { return component().showsCurrentSelection(); }, 10000);
 }
 
 void tst_GPSCoordinateComponent::normalizeCoordinateValue_data()

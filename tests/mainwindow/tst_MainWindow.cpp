@@ -26,6 +26,7 @@
 #include "RecordingDoubles.h"
 #include "TestSupport.h"
 
+#include <QAction>
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -49,6 +50,7 @@ private slots:
     void firstLaunchWaitsWithTheDefaultColumns();
     void givenFolderIsListedAndReady();
     void editOfTwoSelectedRowsReachesBothFiles();
+    void undoAndRedoFromTheEditMenu();
     void rubberBandOnTheMapSelectsRows();
     void quitWaitsForAWriteStillInThePool();
 
@@ -100,6 +102,8 @@ QString tst_MainWindow::position(const QString &path)
                        &output))
         return u"<exiftool failed>"_qs;
     const QJsonObject tags = QJsonDocument::fromJson(output).array().first().toObject();
+    if (!tags.contains(u"GPSLatitude"_qs))
+        return u"none"_qs;
     return QStringLiteral("%1, %2")
         .arg(tags.value(u"GPSLatitude"_qs).toDouble(), 0, 'f', 4)
         .arg(tags.value(u"GPSLongitude"_qs).toDouble(), 0, 'f', 4);
@@ -172,7 +176,11 @@ void tst_MainWindow::editOfTwoSelectedRowsReachesBothFiles()
     auto *longitude = editor->findChild<QLineEdit *>(u"longitudeFieldInner"_qs);
     auto *apply = editor->findChild<QAbstractButton *>(u"applyButton"_qs);
     QVERIFY(latitude && longitude && apply);
-    QVERIFY(TestSupport::waitUntil([&] { return latitude->isEnabled(); }));
+    // As a user does, type once the editor shows what the two files hold (no position yet):
+    // the selection's values land a moment after the selection itself.
+    GPSCoordinateComponent &gps = *m_delegate->dataModel->gpsCoordinateComponent;
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return latitude->isEnabled() && gps.showsCurrentSelection(); }));
     latitude->setFocus();
     QTest::keyClicks(latitude, u"48.8584"_qs);
     QTest::keyClick(latitude, Qt::Key_Tab);
@@ -180,6 +188,8 @@ void tst_MainWindow::editOfTwoSelectedRowsReachesBothFiles()
     QTest::keyClicks(longitude, u"2.2945"_qs);
     QVERIFY(apply->isEnabled());
     QTest::mouseClick(apply, Qt::LeftButton);
+    // The click left the edit as it was: Apply wrote once, and the field still has the focus.
+    QVERIFY(longitude->hasFocus());
     // The status line shows the batch while it runs; its ticks come every tenth of a second.
     QVERIFY(TestSupport::waitUntil(
         [&] { return statusText().startsWith(u"Writing 1 of 2... (2 items | 2 selected"_qs); },
@@ -203,6 +213,37 @@ void tst_MainWindow::editOfTwoSelectedRowsReachesBothFiles()
     QVERIFY(TestSupport::waitUntil([&] { return statusText().startsWith(u"Ready."_qs); }));
     QVERIFY(m_alerts.alerts.isEmpty());
     // The re-read files stand on the map.
+    MapDelegate &map = *m_delegate->mapDelegate;
+    QVERIFY(TestSupport::waitUntil([&] {
+        const QList<MapDelegate::Marker> markers = map.markers();
+        return markers.size() == 2
+            && std::all_of(markers.cbegin(), markers.cend(),
+                           [](const MapDelegate::Marker &m) { return m.coordinate.has_value(); });
+    }));
+}
+
+void tst_MainWindow::undoAndRedoFromTheEditMenu()
+{
+    MainWindow &window = *m_delegate->mainWindow;
+    auto *undo = window.findChild<QAction *>(u"undo"_qs);
+    auto *redo = window.findChild<QAction *>(u"redo"_qs);
+    QVERIFY(undo && redo);
+    QVERIFY(TestSupport::waitUntil([&] { return undo->isEnabled(); }));
+    QCOMPARE(undo->text(), u"&Undo GPS on 2 Files"_qs);
+    undo->trigger();
+    QVERIFY(
+        TestSupport::waitUntil([&] { return !WriteEngine::shared().hasPendingWrites(); }, 60000));
+    for (const QString &file : std::as_const(m_files))
+        QCOMPARE(position(file), u"none"_qs);
+    QVERIFY(TestSupport::waitUntil([&] { return redo->isEnabled(); }));
+    QCOMPARE(redo->text(), u"&Redo GPS on 2 Files"_qs);
+    redo->trigger();
+    QVERIFY(
+        TestSupport::waitUntil([&] { return !WriteEngine::shared().hasPendingWrites(); }, 60000));
+    for (const QString &file : std::as_const(m_files))
+        QCOMPARE(position(file), u"48.8584, 2.2945"_qs);
+    QVERIFY(m_alerts.alerts.isEmpty());
+    // The window follows: the files are read again and stand on the map once more.
     MapDelegate &map = *m_delegate->mapDelegate;
     QVERIFY(TestSupport::waitUntil([&] {
         const QList<MapDelegate::Marker> markers = map.markers();
