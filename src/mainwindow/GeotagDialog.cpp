@@ -118,8 +118,8 @@ GeotagDialog::GeotagDialog(const QList<NodePtr> &files, QWidget *parent)
     m_table->horizontalHeader()->setStretchLastSection(false);
     m_table->setToolTip(tr("Where each file would be placed, or why it stays where it is"));
     leftLayout->addWidget(m_table, 1);
-    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            &GeotagDialog::currentRowChanged);
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &GeotagDialog::selectedRowChanged);
     splitter->addWidget(left);
     splitter->addWidget(buildMap());
     splitter->setStretchFactor(0, 3);
@@ -392,8 +392,7 @@ void GeotagDialog::fillList()
     int index = 0;
     const auto addRow
         = [&](const NodePtr &node, const QString &taken, const QString &position, bool outside) {
-              auto *file = new QStandardItem(
-                  node->name.isEmpty() ? QFileInfo(node->absolutePath).fileName() : node->name);
+              auto *file = new QStandardItem(GeotagMapContent::displayName(*node));
               file->setToolTip(node->absolutePath);
               file->setData(index, Qt::UserRole);
               auto *time = new QStandardItem(taken);
@@ -456,7 +455,7 @@ void GeotagDialog::updateState()
         setPlacing(false);
     m_mapHint->setText(
         m_placing ? tr("Click the place on the track where %1 was taken.")
-                        .arg(m_model->item(m_table->currentIndex().row(), fileColumn)->text())
+                        .arg(GeotagMapContent::displayName(*m_controller.files()[file]))
                   : tr("To set the clock from one photo, select it, press Taken Here and click "
                        "where it was taken."));
 
@@ -549,8 +548,8 @@ int GeotagDialog::fileIndexOfRow(int row) const
 
 int GeotagDialog::currentFileIndex() const
 {
-    return m_table->selectionModel()->hasSelection() ? fileIndexOfRow(m_table->currentIndex().row())
-                                                     : -1;
+    const QModelIndexList rows = m_table->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : fileIndexOfRow(rows.first().row());
 }
 
 void GeotagDialog::selectFileIndex(int index)
@@ -564,7 +563,7 @@ void GeotagDialog::selectFileIndex(int index)
     }
 }
 
-void GeotagDialog::currentRowChanged()
+void GeotagDialog::selectedRowChanged()
 {
     if (m_refilling)
         return; // the refill puts the same file back, and the map follows on its own

@@ -93,9 +93,9 @@ private:
     void redrawMap(bool fit);
     // The entry of the files (and of the preview) that a row of the list shows; -1 for none.
     int fileIndexOfRow(int row) const;
-    int currentFileIndex() const;
+    int currentFileIndex() const; // the selected row's
     void selectFileIndex(int index);
-    void currentRowChanged();
+    void selectedRowChanged();
     void mapClicked(QPointF point);
     static QString clockOffsetText(double seconds);
     void updateState();

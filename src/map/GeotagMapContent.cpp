@@ -74,6 +74,11 @@ int GeotagMapContent::landingAt(const MapViewState &state, QPointF point, double
     return best;
 }
 
+QString GeotagMapContent::displayName(const Node &node)
+{
+    return node.name.isEmpty() ? QFileInfo(node.absolutePath).fileName() : node.name;
+}
+
 QString GeotagMapContent::takenText(const GeotagController::Item &item, const QByteArray &zoneId)
 {
     if (!item.captureTime)

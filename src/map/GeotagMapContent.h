@@ -38,6 +38,8 @@ public:
     // none.
     int landingAt(const MapViewState &state, QPointF point, double within) const;
 
+    // A file as the dialog names it: its name in the list, else its file name.
+    static QString displayName(const Node &node);
     // When an item was taken, in the zone given by its IANA id (empty: the system's).
     static QString takenText(const GeotagController::Item &item, const QByteArray &zoneId);
 

@@ -256,6 +256,7 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     QCOMPARE(EditorTestBench::tagInFile(nodes[3]->absolutePath, u"GPSLatitude"_s), u"48.35"_s);
     QVERIFY(bench.alerts.alerts.isEmpty());
     dialog->close();
+    QVERIFY(TestSupport::waitUntil([&] { return !dialog; }));
 }
 
 // The web engine wants its settings before the application object exists.
