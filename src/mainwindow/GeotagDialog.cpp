@@ -428,6 +428,9 @@ void GeotagDialog::fillList()
         m_model->appendRow(row);
     if (current >= 0)
         selectFileIndex(current);
+    // The file may have left the list (only those outside are shown): its dot goes plain.
+    if (m_map)
+        m_map->highlightLanding(m_mapContent.landingOfPreviewIndex(currentFileIndex()));
     // The time and the position are read whole; the file's name takes what is left.
     m_table->resizeColumnToContents(captureTimeColumn);
     m_table->resizeColumnToContents(positionColumn);

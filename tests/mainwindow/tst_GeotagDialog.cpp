@@ -227,12 +227,15 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
         },
         60000));
 
-    // The list of files left outside.
+    // The list of files left outside; the selected third.jpg leaves it, and its dot goes plain.
     QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
     QCOMPARE(column(table, GeotagDialog::positionColumn), QStringList {u"before the track"_s});
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return pageOverlays(map).value(u"highlighted"_s).toInt() == -1; }));
 
     const QPalette light = QApplication::palette();
     QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
+    table->selectRow(2);
     for (const QString &theme : {u"light"_s, u"dark"_s}) {
         QApplication::setPalette(theme == u"dark"_s ? EditorTestBench::darkPalette() : light);
         // A few frames for the page to take the theme.
