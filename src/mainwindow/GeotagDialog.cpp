@@ -1,5 +1,6 @@
 #include "GeotagDialog.h"
 
+#include "MapWebView.h"
 #include "bricks/Assembly.h"
 #include "bricks/SymbolIcons.h"
 #include "bricks/ViewTree.h"
@@ -11,21 +12,25 @@
 #include "session/OutputEngine.h"
 
 #include <QAction>
-#include <QDateTime>
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
+#include <QSplitter>
 #include <QStandardItemModel>
 #include <QStandardPaths>
 #include <QTableView>
 #include <QTimeZone>
 #include <QVBoxLayout>
+
+#include <cmath>
 
 namespace B = BuildDirectivesNamespace;
 using namespace LayoutRecipeNamespace;
@@ -76,15 +81,23 @@ GeotagDialog::GeotagDialog(const QList<NodePtr> &files, QWidget *parent)
     m_gapMinutes->setValue(m_controller.maximumGapMinutes());
     m_extrapolationMinutes->setValue(m_controller.maximumExtrapolationMinutes());
 
+    // The options and the list on the left, the map beside them.
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(buildOptions());
+    auto *splitter = new QSplitter(Qt::Horizontal, this);
+    splitter->setObjectName(u"geotagSplitter"_s);
+    splitter->setChildrenCollapsible(false);
+    layout->addWidget(splitter, 1);
+    auto *left = new QWidget(splitter);
+    auto *leftLayout = new QVBoxLayout(left);
+    leftLayout->setContentsMargins(0, 0, 0, 0);
+    leftLayout->addWidget(buildOptions());
 
     auto *error = new QLabel(this);
     error->setObjectName(u"geotagError"_s);
     error->setWordWrap(true);
     error->setTextInteractionFlags(Qt::TextSelectableByMouse);
     error->setVisible(false);
-    layout->addWidget(error);
+    leftLayout->addWidget(error);
     m_errorText->addColdListener([error](const QString &text) {
         error->setText(text);
         error->setVisible(!text.isEmpty());
@@ -104,7 +117,13 @@ GeotagDialog::GeotagDialog(const QList<NodePtr> &files, QWidget *parent)
     m_table->horizontalHeader()->setSectionResizeMode(fileColumn, QHeaderView::Stretch);
     m_table->horizontalHeader()->setStretchLastSection(false);
     m_table->setToolTip(tr("Where each file would be placed, or why it stays where it is"));
-    layout->addWidget(m_table, 1);
+    leftLayout->addWidget(m_table, 1);
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &GeotagDialog::selectedRowChanged);
+    splitter->addWidget(left);
+    splitter->addWidget(buildMap());
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
 
     auto *statusRow = new QHBoxLayout;
     m_summary = new QLabel(this);
@@ -132,7 +151,9 @@ GeotagDialog::GeotagDialog(const QList<NodePtr> &files, QWidget *parent)
     m_controller.setFiles(files);
     fillList();
     updateState();
-    resize(720, 560);
+    // Fits a 1024 × 700 screen with its panels, title bar included.
+    resize(940, 600);
+    splitter->setSizes({540, 400});
 }
 
 GeotagDialog::~GeotagDialog()
@@ -239,6 +260,37 @@ QWidget *GeotagDialog::buildOptions()
     return view;
 }
 
+QWidget *GeotagDialog::buildMap()
+{
+    auto *panel = new QWidget(this);
+    auto *column = new QVBoxLayout(panel);
+    column->setContentsMargins(0, 0, 0, 0);
+    MapWebView::Options options;
+    options.online = MapWebView::onlineSetting();
+    m_map = new MapWebView(options, panel);
+    m_map->setObjectName(u"geotagMap"_s);
+    m_map->setMinimumSize(240, 200);
+    column->addWidget(m_map, 1);
+    connect(m_map, &MapWebView::clicked, this, &GeotagDialog::mapClicked);
+
+    auto *row = new QHBoxLayout;
+    m_mapHint = new QLabel(panel);
+    m_mapHint->setObjectName(u"geotagMapHint"_s);
+    m_mapHint->setWordWrap(true);
+    m_mapHint->setForegroundRole(QPalette::PlaceholderText);
+    row->addWidget(m_mapHint, 1);
+    m_placeButton = new QPushButton(tr("Taken Here…"), panel);
+    m_placeButton->setObjectName(u"geotagPlaceButton"_s);
+    m_placeButton->setCheckable(true);
+    m_placeButton->setAutoDefault(false);
+    m_placeButton->setToolTip(tr("Set the camera's clock offset from the selected file: press, "
+                                 "then click the place on the track where it was taken"));
+    connect(m_placeButton, &QPushButton::toggled, this, &GeotagDialog::setPlacing);
+    row->addWidget(m_placeButton, 0, Qt::AlignTop);
+    column->addLayout(row);
+    return panel;
+}
+
 void GeotagDialog::bindOptions()
 {
     const QPointer<GeotagDialog> self = this;
@@ -330,17 +382,19 @@ void GeotagDialog::setTrackFiles(const QStringList &paths)
 
 void GeotagDialog::fillList()
 {
-    const QTimeZone zone = m_controller.timeZone().isEmpty() ? QTimeZone::systemTimeZone()
-                                                             : QTimeZone(m_controller.timeZone());
     const bool onlyOutside = m_onlyOutside->value();
     const QIcon warning = SymbolIcons::icon(u"exclamationmark.triangle.fill");
+    // The row of the file that was current stays current through every new preview.
+    const int current = currentFileIndex();
+    const QScopedValueRollback refilling(m_refilling, true);
     m_model->setRowCount(0);
     QList<QList<QStandardItem *>> rows;
+    int index = 0;
     const auto addRow
         = [&](const NodePtr &node, const QString &taken, const QString &position, bool outside) {
-              auto *file = new QStandardItem(
-                  node->name.isEmpty() ? QFileInfo(node->absolutePath).fileName() : node->name);
+              auto *file = new QStandardItem(GeotagMapContent::displayName(*node));
               file->setToolTip(node->absolutePath);
+              file->setData(index, Qt::UserRole);
               auto *time = new QStandardItem(taken);
               auto *where = new QStandardItem(position);
               if (outside) {
@@ -354,26 +408,29 @@ void GeotagDialog::fillList()
     if (m_controller.preview().isEmpty()) {
         // Before a track is loaded the list shows the files the command works on.
         if (!onlyOutside) {
-            for (const NodePtr &node : m_controller.files())
+            for (const NodePtr &node : m_controller.files()) {
                 addRow(node, QString(), QString(), false);
+                ++index;
+            }
         }
     } else {
         for (const GeotagController::Item &item : m_controller.preview()) {
             const bool placed = item.placed();
-            if (onlyOutside && placed)
-                continue;
-            const QString taken = item.captureTime
-                ? QDateTime::fromMSecsSinceEpoch(qint64(*item.captureTime * 1000.0), zone)
-                      .toString(u"yyyy-MM-dd HH:mm:ss"_s)
-                : QString();
-            addRow(item.node, taken,
-                   placed ? item.latitude + u", "_s + item.longitude
-                          : GeotagController::reasonText(item),
-                   !placed);
+            if (!onlyOutside || !placed)
+                addRow(item.node, GeotagMapContent::takenText(item, m_controller.timeZone()),
+                       placed ? item.latitude + u", "_s + item.longitude
+                              : GeotagController::reasonText(item),
+                       !placed);
+            ++index;
         }
     }
     for (const QList<QStandardItem *> &row : rows)
         m_model->appendRow(row);
+    if (current >= 0)
+        selectFileIndex(current);
+    // The file may have left the list (only those outside are shown): its dot goes plain.
+    if (m_map)
+        m_map->highlightLanding(m_mapContent.landingOfPreviewIndex(currentFileIndex()));
     // The time and the position are read whole; the file's name takes what is left.
     m_table->resizeColumnToContents(captureTimeColumn);
     m_table->resizeColumnToContents(positionColumn);
@@ -393,6 +450,17 @@ void GeotagDialog::updateState()
                                        : QString());
     if (QWidget *options = m_assembly ? m_assembly->view() : nullptr)
         options->setEnabled(!applying);
+    const int file = currentFileIndex();
+    const bool placeable = m_phase == Phase::choosing && m_controller.hasTrack() && file >= 0
+        && file < m_controller.preview().size() && m_controller.preview()[file].captureTime;
+    m_placeButton->setEnabled(placeable || m_placing);
+    if (m_placing && !placeable)
+        setPlacing(false);
+    m_mapHint->setText(
+        m_placing ? tr("Click the place on the track where %1 was taken.")
+                        .arg(GeotagMapContent::displayName(*m_controller.files()[file]))
+                  : tr("To set the clock from one photo, select it, press Taken Here and click "
+                       "where it was taken."));
 
     if (busy && !applying) {
         m_progress->setRange(0, 0);
@@ -452,13 +520,119 @@ void GeotagDialog::startApply()
 void GeotagDialog::geotagTrackChanged()
 {
     fillList();
+    redrawMap(true);
     updateState();
 }
 
 void GeotagDialog::geotagPreviewChanged()
 {
     fillList();
+    redrawMap(false);
     updateState();
+}
+
+void GeotagDialog::redrawMap(bool fit)
+{
+    m_mapContent = GeotagMapContent::of(m_controller);
+    m_map->showTrack(m_mapContent.segments());
+    m_map->showLandings(m_mapContent.landings());
+    m_map->highlightLanding(m_mapContent.landingOfPreviewIndex(currentFileIndex()));
+    if (!fit)
+        return;
+    if (const std::optional<CoordinateRegion> bounds = m_mapContent.bounds())
+        m_map->setViewState(MapGeometry::stateShowing(m_map->viewState(), *bounds), false);
+}
+
+int GeotagDialog::fileIndexOfRow(int row) const
+{
+    const QStandardItem *item = row >= 0 ? m_model->item(row, fileColumn) : nullptr;
+    return item ? item->data(Qt::UserRole).toInt() : -1;
+}
+
+int GeotagDialog::currentFileIndex() const
+{
+    const QModelIndexList rows = m_table->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : fileIndexOfRow(rows.first().row());
+}
+
+void GeotagDialog::selectFileIndex(int index)
+{
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        if (fileIndexOfRow(row) == index) {
+            m_table->selectRow(row);
+            m_table->scrollTo(m_model->index(row, fileColumn));
+            return;
+        }
+    }
+}
+
+void GeotagDialog::selectedRowChanged()
+{
+    if (m_refilling)
+        return; // the refill puts the same file back, and the map follows on its own
+    const int landing = m_mapContent.landingOfPreviewIndex(currentFileIndex());
+    m_map->highlightLanding(landing);
+    // A landing point out of sight is brought to the middle of the map.
+    if (landing >= 0) {
+        const MapViewState state = m_map->viewState();
+        const Coordinate2D where = m_mapContent.landings()[landing].coordinate;
+        const QPointF point = MapGeometry::pointForCoordinate(state, where);
+        if (!QRectF(0, 0, state.width, state.height).contains(point))
+            m_map->setViewState({where, state.zoom, state.width, state.height}, true);
+    }
+    if (m_placing)
+        setPlacing(false);
+    updateState();
+}
+
+void GeotagDialog::mapClicked(QPointF point)
+{
+    const MapViewState state = m_map->viewState();
+    if (m_placing) {
+        const int file = currentFileIndex();
+        setPlacing(false);
+        if (file < 0 || file >= m_controller.files().size())
+            return;
+        if (m_controller.setCameraClockOffsetFromPlacement(
+                m_controller.files()[file], MapGeometry::coordinateForPoint(state, point)))
+            m_clockText->setValue(clockOffsetText(m_controller.cameraClockOffsetSeconds()));
+        updateState();
+        return;
+    }
+    // A little wider than the dot, so that a click need not be exact.
+    const int landing = m_mapContent.landingAt(state, point, 9.0);
+    if (landing < 0)
+        return;
+    const int file = m_mapContent.landings()[landing].previewIndex;
+    // A placed file is not in the list of those left outside; the whole list comes back.
+    if (m_onlyOutside->value())
+        m_onlyOutside->setValue(false);
+    selectFileIndex(file);
+}
+
+void GeotagDialog::setPlacing(bool placing)
+{
+    if (placing == m_placing)
+        return;
+    m_placing = placing;
+    m_placeButton->setChecked(placing);
+    m_map->setPlacingCursor(placing);
+    updateState();
+}
+
+QString GeotagDialog::clockOffsetText(double seconds)
+{
+    const QString sign = seconds < 0 ? u"-"_s : QString();
+    const qint64 millis = std::llround(std::fabs(seconds) * 1000.0);
+    const qint64 whole = millis / 1000;
+    QString text = whole >= 3600 ? u"%1:%2:%3"_s.arg(whole / 3600)
+                                       .arg(whole / 60 % 60, 2, 10, QChar(u'0'))
+                                       .arg(whole % 60, 2, 10, QChar(u'0'))
+                                 : u"%1:%2"_s.arg(whole / 60).arg(whole % 60, 2, 10, QChar(u'0'));
+    if (millis % 1000 != 0)
+        text += u"."_s
+            + u"%1"_s.arg(millis % 1000, 3, 10, QChar(u'0')).remove(QRegularExpression(u"0+$"_s));
+    return sign + text;
 }
 
 void GeotagDialog::geotagFailed(const QString &message)
@@ -482,6 +656,16 @@ void GeotagDialog::geotagApplyFinished(int written, int failed)
         + u", "_s + tr("%1 failed").arg(failed) + u'.';
     m_progress->setVisible(false);
     updateState();
+}
+
+void GeotagDialog::keyPressEvent(QKeyEvent *event)
+{
+    // Escape ends placing before it closes the dialog.
+    if (event->key() == Qt::Key_Escape && m_placing) {
+        setPlacing(false);
+        return;
+    }
+    QDialog::keyPressEvent(event);
 }
 
 void GeotagDialog::changeEvent(QEvent *event)

@@ -2,6 +2,7 @@
 
 #include "location/GeotagController.h"
 #include "location/GeotagView.h"
+#include "map/GeotagMapContent.h"
 #include "session/Node.h"
 
 #include <QDialog>
@@ -14,6 +15,7 @@
 #include <optional>
 
 class Assembly;
+class MapWebView;
 class OutputEngine;
 class QAction;
 class QLabel;
@@ -25,9 +27,10 @@ template<typename T>
 class StraightVariable;
 
 // "Geotag from Track…": the track files, the options of the correlation, the list of what each
-// file would get (or why it gets nothing), and Apply. It draws what its GeotagController
-// decides; the controller correlates through ExifTool and writes through the write engine.
-// One dialog per call, window-modal, deleted when closed. Main thread only.
+// file would get (or why it gets nothing), a map of the track with the point where each file
+// would land, and Apply. It draws what its GeotagController decides; the controller correlates
+// through ExifTool and writes through the write engine. One dialog per call, window-modal,
+// deleted when closed. Main thread only.
 class GeotagDialog
     : public QDialog
     , public GeotagView
@@ -57,6 +60,14 @@ public:
     QString summaryText() const;
     QString errorText() const;
 
+    // The dialog's own map, and what it shows.
+    MapWebView *mapView() const { return m_map; }
+    const GeotagMapContent &mapContent() const { return m_mapContent; }
+    // "This photo was taken here": while on, the next click on the map sets the camera's clock
+    // offset from the selected file.
+    void setPlacing(bool placing);
+    bool isPlacing() const { return m_placing; }
+
     // GeotagView.
     void geotagTrackChanged() override;
     void geotagPreviewChanged() override;
@@ -69,13 +80,24 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     enum class Phase { choosing, applying, applied };
 
     QWidget *buildOptions();
+    QWidget *buildMap();
     void bindOptions();
     void fillList();
+    // Hands the controller's track and landing points to the map; fit frames the track.
+    void redrawMap(bool fit);
+    // The entry of the files (and of the preview) that a row of the list shows; -1 for none.
+    int fileIndexOfRow(int row) const;
+    int currentFileIndex() const; // the selected row's
+    void selectFileIndex(int index);
+    void selectedRowChanged();
+    void mapClicked(QPointF point);
+    static QString clockOffsetText(double seconds);
     void updateState();
     void startApply();
     // "[-][[h:]m:]s" or plain seconds; nothing for other text.
@@ -95,4 +117,10 @@ private:
     QPushButton *m_applyButton = nullptr;
     QPushButton *m_closeButton = nullptr;
     QString m_applyResult;
+    MapWebView *m_map = nullptr;
+    GeotagMapContent m_mapContent;
+    QPushButton *m_placeButton = nullptr;
+    QLabel *m_mapHint = nullptr;
+    bool m_placing = false;
+    bool m_refilling = false;
 };

@@ -27,6 +27,12 @@ signals:
     void settingsChanged(const QString &json);
     void sceneChanged(const QString &json);
     void viewRequested(double latitude, double longitude, double zoom, bool animated);
+    // A track's lines, [[[lat, lon], ...], ...], and the landing points over them,
+    // [[lat, lon, name, taken], ...], of which one may be highlighted (-1 for none).
+    void trackChanged(const QString &json);
+    void landingsChanged(const QString &json);
+    void landingHighlighted(int index);
+    void placingChanged(bool placing);
 
     // From the page.
     void pageDidLoad(double width, double height);

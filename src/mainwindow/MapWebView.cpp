@@ -162,8 +162,13 @@ bool MapWebView::onlineSetting()
 }
 
 MapWebView::MapWebView(MapDelegate &delegate, Options options, QWidget *parent)
+    : MapWebView(std::move(options), parent)
+{
+    m_delegate = &delegate;
+}
+
+MapWebView::MapWebView(Options options, QWidget *parent)
     : QWebEngineView(parent)
-    , m_delegate(delegate)
     , m_options(std::move(options))
     , m_bridge(new MapPageBridge(this))
 {
@@ -192,9 +197,11 @@ MapWebView::MapWebView(MapDelegate &delegate, Options options, QWidget *parent)
         sendSettings();
         emit m_bridge->viewRequested(m_state.center.latitude, m_state.center.longitude,
                                      m_state.zoom, false);
-        m_delegate.viewStateDidChange(m_state);
+        if (m_delegate)
+            m_delegate->viewStateDidChange(m_state);
         if (!m_pendingScene.isEmpty())
             emit m_bridge->sceneChanged(std::exchange(m_pendingScene, QString()));
+        sendOverlays();
         emit pageReady();
     });
     connect(m_bridge, &MapPageBridge::viewDidChange, this,
@@ -207,10 +214,13 @@ MapWebView::MapWebView(MapDelegate &delegate, Options options, QWidget *parent)
                     && w == m_state.width && h == m_state.height)
                     return;
                 m_state = reported;
-                m_delegate.viewStateDidChange(m_state);
+                if (m_delegate)
+                    m_delegate->viewStateDidChange(m_state);
             });
     connect(m_bridge, &MapPageBridge::pageClicked, this, [this](double x, double y) {
-        m_delegate.viewClicked({x, y});
+        if (m_delegate)
+            m_delegate->viewClicked({x, y});
+        emit clicked({x, y});
     });
     connect(m_bridge, &MapPageBridge::scenePainted, this, [this](quint64 sequence) {
         m_paintedSequence = sequence;
@@ -226,8 +236,8 @@ MapWebView::MapWebView(MapDelegate &delegate, Options options, QWidget *parent)
 
 MapWebView::~MapWebView()
 {
-    if (m_delegate.mapView() == this)
-        m_delegate.setMapView(nullptr);
+    if (m_delegate && m_delegate->mapView() == this)
+        m_delegate->setMapView(nullptr);
 }
 
 void MapWebView::setViewState(const MapViewState &state, bool animated)
@@ -261,6 +271,55 @@ void MapWebView::showScene(const MapScene &scene)
         emit m_bridge->sceneChanged(sceneJson(scene));
     else
         m_pendingScene = sceneJson(scene);
+}
+
+void MapWebView::showTrack(const QList<QList<Coordinate2D>> &segments)
+{
+    QJsonArray lines;
+    for (const QList<Coordinate2D> &segment : segments) {
+        QJsonArray line;
+        for (const Coordinate2D &c : segment)
+            line.append(QJsonArray {c.latitude, c.longitude});
+        lines.append(line);
+    }
+    m_trackJson = QString::fromUtf8(QJsonDocument(lines).toJson(QJsonDocument::Compact));
+    if (m_pageReady)
+        emit m_bridge->trackChanged(m_trackJson);
+}
+
+void MapWebView::showLandings(const QList<GeotagMapContent::Landing> &landings)
+{
+    QJsonArray points;
+    for (const GeotagMapContent::Landing &landing : landings)
+        points.append(QJsonArray {landing.coordinate.latitude, landing.coordinate.longitude,
+                                  landing.name, landing.taken});
+    m_landingsJson = QString::fromUtf8(QJsonDocument(points).toJson(QJsonDocument::Compact));
+    if (m_pageReady) {
+        emit m_bridge->landingsChanged(m_landingsJson);
+        emit m_bridge->landingHighlighted(m_highlightedLanding);
+    }
+}
+
+void MapWebView::highlightLanding(int index)
+{
+    m_highlightedLanding = index;
+    if (m_pageReady)
+        emit m_bridge->landingHighlighted(index);
+}
+
+void MapWebView::setPlacingCursor(bool placing)
+{
+    if (m_pageReady)
+        emit m_bridge->placingChanged(placing);
+}
+
+void MapWebView::sendOverlays()
+{
+    if (!m_trackJson.isEmpty())
+        emit m_bridge->trackChanged(m_trackJson);
+    if (!m_landingsJson.isEmpty())
+        emit m_bridge->landingsChanged(m_landingsJson);
+    emit m_bridge->landingHighlighted(m_highlightedLanding);
 }
 
 void MapWebView::setOnline(bool online)

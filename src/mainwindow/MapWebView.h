@@ -1,5 +1,6 @@
 #pragma once
 
+#include "map/GeotagMapContent.h"
 #include "map/MapView.h"
 
 #include <QString>
@@ -13,6 +14,8 @@ class QWebEngineProfile;
 // network, that draws the scene MapDelegate makes and reports the camera and the clicks through
 // a web channel. The base map is OpenStreetMap's tiles when the map is online, over country
 // shapes that show wherever tiles do not load; offline the page makes no request at all.
+// Without a delegate the page is a small map of its own (the geotag dialog's): it draws a track
+// and landing points and reports clicks as signals.
 class MapWebView
     : public QWebEngineView
     , public MapView
@@ -29,6 +32,7 @@ public:
     };
 
     explicit MapWebView(MapDelegate &delegate, Options options, QWidget *parent = nullptr);
+    explicit MapWebView(Options options, QWidget *parent = nullptr);
     ~MapWebView() override;
 
     // Before the application object exists: QtWebEngine's sandbox cannot run as root, so it is
@@ -52,8 +56,19 @@ public:
 
     static QString sceneJson(const MapScene &scene);
 
+    // A track as lines, one per segment, under everything else; empty to remove it.
+    void showTrack(const QList<QList<Coordinate2D>> &segments);
+    // Small round markers over the track, with the file's name and time as their tool tip.
+    void showLandings(const QList<GeotagMapContent::Landing> &landings);
+    // The landing point drawn larger and in the selection's colour; -1 for none.
+    void highlightLanding(int index);
+    // Where the mouse turns into a cross: while the next click places something.
+    void setPlacingCursor(bool placing);
+
 signals:
     void pageReady();
+    // A click on the map, in points of the view.
+    void clicked(QPointF point);
     void scenePainted(quint64 sequence);
     void baseLayerChanged(const QString &name);
 
@@ -63,9 +78,9 @@ protected:
 
 private:
     void sendSettings();
-    QWebEngineProfile *profile();
+    void sendOverlays();
 
-    MapDelegate &m_delegate;
+    MapDelegate *m_delegate = nullptr;
     Options m_options;
     MapPageBridge *m_bridge;
     MapViewState m_state;
@@ -73,4 +88,6 @@ private:
     quint64 m_paintedSequence = 0;
     QString m_baseLayer;
     QString m_pendingScene;
+    QString m_trackJson, m_landingsJson;
+    int m_highlightedLanding = -1;
 };

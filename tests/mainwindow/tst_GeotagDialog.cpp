@@ -4,7 +4,9 @@
 #include "TestSupport.h"
 #include "bricks/controls/SmartTextField.h"
 #include "mainwindow/GeotagDialog.h"
+#include "mainwindow/MapWebView.h"
 #include "mainwindow/editors/GPSLocationFragment.h"
+#include "platform/UserDefaults.h"
 #include "session/DataModel.h"
 
 #include <QAbstractItemModel>
@@ -19,18 +21,23 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWebEnginePage>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// One segment from 08:00 to 08:20 UTC, a fix every ten minutes.
+// Two segments, a fix every ten minutes from 08:00 to 08:20 UTC and from 09:00 to 09:10; the
+// 40 minutes between them are more than the largest gap, so the map draws two lines.
 const QByteArray track
     = "<?xml version='1.0' encoding='UTF-8'?>\n"
       "<gpx version='1.1' creator='tests' xmlns='http://www.topografix.com/GPX/1/1'><trk><trkseg>\n"
       "<trkpt lat='48.0' lon='2.0'><time>2024-05-01T08:00:00Z</time></trkpt>\n"
       "<trkpt lat='48.1' lon='2.1'><time>2024-05-01T08:10:00Z</time></trkpt>\n"
       "<trkpt lat='48.2' lon='2.2'><time>2024-05-01T08:20:00Z</time></trkpt>\n"
+      "</trkseg><trkseg>\n"
+      "<trkpt lat='48.3' lon='2.3'><time>2024-05-01T09:00:00Z</time></trkpt>\n"
+      "<trkpt lat='48.4' lon='2.4'><time>2024-05-01T09:10:00Z</time></trkpt>\n"
       "</trkseg></trk></gpx>\n";
 
 QDir screenshotFolder()
@@ -49,6 +56,22 @@ QStringList column(const QTableView *table, int column)
     return texts;
 }
 
+// What the map page's overlays hold: "segments" (vertices per line), "landings" ([lat, lon,
+// name] each), "highlighted" and "highlightedRadius".
+QVariantMap pageOverlays(MapWebView *map)
+{
+    const auto answer = std::make_shared<std::optional<QVariantMap>>();
+    map->page()->runJavaScript(u"window.palometOverlays ? palometOverlays() : {}"_s,
+                               [answer](const QVariant &value) { *answer = value.toMap(); });
+    TestSupport::waitUntil([&] { return answer->has_value(); }, 20000);
+    return answer->value_or(QVariantMap());
+}
+
+QPoint mapPoint(MapWebView *map, Coordinate2D coordinate)
+{
+    return MapGeometry::pointForCoordinate(map->viewState(), coordinate).toPoint();
+}
+
 } // namespace
 
 class tst_GeotagDialog : public QObject
@@ -56,7 +79,12 @@ class tst_GeotagDialog : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { EditorTestBench::setUpOnce(); }
+    void initTestCase()
+    {
+        EditorTestBench::setUpOnce();
+        // The dialog's map never reaches a tile server here.
+        UserDefaults::standard().setObject(false, MapWebView::onlineSettingKey());
+    }
     void malformedTrackIsExplained();
     void previewThenApplyWritesThePositions();
 
@@ -114,7 +142,9 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
         bench.readJpeg(u"first.jpg"_s,
                        QStringList {u"-DateTimeOriginal=2024:05:01 08:10:00"_s} + utc),
         bench.readJpeg(u"second.jpg"_s,
-                       QStringList {u"-DateTimeOriginal=2024:05:01 08:20:00"_s} + utc)};
+                       QStringList {u"-DateTimeOriginal=2024:05:01 08:20:00"_s} + utc),
+        bench.readJpeg(u"third.jpg"_s,
+                       QStringList {u"-DateTimeOriginal=2024:05:01 09:10:00"_s} + utc)};
     for (const NodePtr &node : nodes)
         QVERIFY(node);
 
@@ -123,7 +153,7 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     auto *table = dialog->findChild<QTableView *>(u"geotagList"_s);
     auto *apply = dialog->findChild<QPushButton *>(u"geotagApplyButton"_s);
     auto *summary = dialog->findChild<QLabel *>(u"geotagSummary"_s);
-    QCOMPARE(table->model()->rowCount(), 3);
+    QCOMPARE(table->model()->rowCount(), 4);
     QVERIFY(!apply->isEnabled());
 
     auto *clock = dialog->findChild<SmartTextField *>(u"geotagClockOffset"_s);
@@ -135,20 +165,81 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     TestSupport::answerFileDialog(this, trackPath);
     QTest::mouseClick(dialog->findChild<QWidget *>(u"geotagChooseButton"_s), Qt::LeftButton);
     QVERIFY(TestSupport::waitUntil([&] { return apply->isEnabled(); }, 60000));
-    QCOMPARE(summary->text(), u"2 of 3 files would be placed; 1 is left outside the track."_s);
-    QCOMPARE(column(table, GeotagDialog::positionColumn),
-             (QStringList {u"before the track"_s, u"+48.050000, +2.050000"_s,
-                           u"+48.150000, +2.150000"_s}));
+    QCOMPARE(summary->text(), u"3 of 4 files would be placed; 1 is left outside the track."_s);
+    const QStringList positions {u"before the track"_s, u"+48.050000, +2.050000"_s,
+                                 u"+48.150000, +2.150000"_s, u"+48.350000, +2.350000"_s};
+    QCOMPARE(column(table, GeotagDialog::positionColumn), positions);
 
-    // The list of files left outside.
+    // The map draws both segments of the track and a dot where each placed file lands.
+    MapWebView *map = dialog->mapView();
+    QVariantMap overlays;
+    QVERIFY(TestSupport::waitUntil(
+        [&] {
+            overlays = pageOverlays(map);
+            return overlays.value(u"landings"_s).toList().size() == 3;
+        },
+        30000));
+    QCOMPARE(overlays.value(u"segments"_s).toList(), (QVariantList {3, 2}));
+    const QVariantList landings = overlays.value(u"landings"_s).toList();
+    for (int i = 0; i < 3; ++i) {
+        const QVariantList landing = landings[i].toList();
+        const QStringList expected = positions[i + 1].split(u", "_s);
+        QCOMPARE(QString::asprintf("%+.6f", landing[0].toDouble()), expected[0]);
+        QCOMPARE(QString::asprintf("%+.6f", landing[1].toDouble()), expected[1]);
+        QCOMPARE(landing[2].toString(), column(table, GeotagDialog::fileColumn)[i + 1]);
+    }
+    // The map was fitted to the track: every landing point is in sight.
+    QVERIFY(TestSupport::waitUntil([&] { return map->viewState().zoom > 8.0; }, 20000));
+    for (const GeotagMapContent::Landing &landing : dialog->mapContent().landings())
+        QVERIFY(
+            QRect(0, 0, map->width(), map->height()).contains(mapPoint(map, landing.coordinate)));
+
+    // A row highlights its dot; a click on a dot selects its row.
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                      table->visualRect(table->model()->index(2, 0)).center());
+    QVERIFY(TestSupport::waitUntil([&] {
+        overlays = pageOverlays(map);
+        return overlays.value(u"highlighted"_s).toInt() == 1;
+    }));
+    QCOMPARE(overlays.value(u"highlightedRadius"_s).toDouble(), 8.0);
+    QTest::mouseClick(map->focusProxy(), Qt::LeftButton, {},
+                      mapPoint(map, dialog->mapContent().landings()[2].coordinate));
+    QVERIFY(TestSupport::waitUntil([&] { return table->currentIndex().row() == 3; }));
+
+    // "This photo was taken here": third.jpg (09:10 by the camera) placed on the fix of 09:00
+    // makes the camera 10 minutes fast.
+    auto *place = dialog->findChild<QPushButton *>(u"geotagPlaceButton"_s);
+    QVERIFY(place->isEnabled());
+    QTest::mouseClick(place, Qt::LeftButton);
+    QVERIFY(dialog->isPlacing());
+    QVERIFY(dialog->findChild<QLabel *>(u"geotagMapHint"_s)->text().contains(u"third.jpg"_s));
+    QTest::mouseClick(map->focusProxy(), Qt::LeftButton, {}, mapPoint(map, {48.3, 2.3}));
+    QVERIFY(TestSupport::waitUntil([&] { return clock->text() == u"10:00"_s; }));
+    QVERIFY(!dialog->isPlacing());
+    QCOMPARE(dialog->controller().cameraClockOffsetSeconds(), 600.0);
+    clock->setFocus();
+    clock->selectAll();
+    QTest::keyClicks(clock, u"5:00"_s);
+    QVERIFY(TestSupport::waitUntil(
+        [&] {
+            return !dialog->controller().isBusy()
+                && column(table, GeotagDialog::positionColumn) == positions;
+        },
+        60000));
+
+    // The list of files left outside; the selected third.jpg leaves it, and its dot goes plain.
     QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
     QCOMPARE(column(table, GeotagDialog::positionColumn), QStringList {u"before the track"_s});
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return pageOverlays(map).value(u"highlighted"_s).toInt() == -1; }));
 
     const QPalette light = QApplication::palette();
     QTest::mouseClick(dialog->findChild<QCheckBox *>(u"geotagOnlyOutside"_s), Qt::LeftButton);
+    table->selectRow(2);
     for (const QString &theme : {u"light"_s, u"dark"_s}) {
         QApplication::setPalette(theme == u"dark"_s ? EditorTestBench::darkPalette() : light);
-        QTest::qWait(50);
+        // A few frames for the page to take the theme.
+        QTest::qWait(600);
         QVERIFY(
             dialog->grab().save(screenshotFolder().filePath(u"geotag-dialog-%1.png"_s.arg(theme))));
     }
@@ -156,7 +247,7 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
 
     QTest::mouseClick(apply, Qt::LeftButton);
     QVERIFY(TestSupport::waitUntil(
-        [&] { return summary->text() == u"2 files geotagged, 0 failed."_s; }, 60000));
+        [&] { return summary->text() == u"3 files geotagged, 0 failed."_s; }, 60000));
     QVERIFY(bench.waitForWrites());
     QCOMPARE(dialog->findChild<QPushButton *>(u"geotagCloseButton"_s)->text(), u"Close"_s);
     QVERIFY(!apply->isEnabled());
@@ -165,9 +256,18 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     QCOMPARE(EditorTestBench::tagInFile(nodes[1]->absolutePath, u"GPSLatitude"_s), u"48.05"_s);
     QCOMPARE(EditorTestBench::tagInFile(nodes[1]->absolutePath, u"GPSLongitude"_s), u"2.05"_s);
     QCOMPARE(EditorTestBench::tagInFile(nodes[2]->absolutePath, u"GPSLatitude"_s), u"48.15"_s);
+    QCOMPARE(EditorTestBench::tagInFile(nodes[3]->absolutePath, u"GPSLatitude"_s), u"48.35"_s);
     QVERIFY(bench.alerts.alerts.isEmpty());
     dialog->close();
+    QVERIFY(TestSupport::waitUntil([&] { return !dialog; }));
 }
+
+// The web engine wants its settings before the application object exists.
+static void prepareWebEngine()
+{
+    MapWebView::prepareProcess();
+}
+Q_CONSTRUCTOR_FUNCTION(prepareWebEngine)
 
 QTEST_MAIN(tst_GeotagDialog)
 #include "tst_GeotagDialog.moc"

@@ -400,6 +400,97 @@
         requestAnimationFrame(() => setTimeout(block, 0));
     }
 
+    // ---- A track and where files land on it (the geotag dialog's map)
+
+    // Drawn by Leaflet on a canvas of their own under the markers' canvas; only the landing
+    // points take the mouse, for their tool tips, and their clicks go on to the map's.
+    const overlayRenderer = L.canvas({ padding: 0.5 });
+    const trackLayer = L.layerGroup().addTo(map);
+    const landingLayer = L.layerGroup().addTo(map);
+    let trackLines = [];
+    let landingMarkers = [];
+    let highlightedLanding = -1;
+
+    function trackStyle() {
+        return {
+            renderer: overlayRenderer,
+            color: dark ? '#ff453a' : '#e0302a',
+            weight: 3,
+            opacity: 0.9,
+            lineJoin: 'round',
+            interactive: false,
+        };
+    }
+
+    function landingStyle(highlighted) {
+        const colours = dark ? TINTS.dark : TINTS.light;
+        return {
+            renderer: overlayRenderer,
+            radius: highlighted ? 8 : 5,
+            color: highlighted ? '#ffffff' : (dark ? '#1c1c1e' : '#ffffff'),
+            weight: highlighted ? 2.5 : 1.5,
+            fillColor: highlighted ? colours[0] : colours[2],
+            fillOpacity: 1,
+            bubblingMouseEvents: true,
+        };
+    }
+
+    function showTrack(text) {
+        trackLayer.clearLayers();
+        trackLines = JSON.parse(text).map((segment) => L.polyline(segment, trackStyle()).addTo(trackLayer));
+    }
+
+    function tooltipContent(name, taken) {
+        const content = document.createElement('div');
+        const title = document.createElement('strong');
+        title.textContent = name;
+        content.appendChild(title);
+        if (taken) {
+            content.appendChild(document.createElement('br'));
+            content.appendChild(document.createTextNode(taken));
+        }
+        return content;
+    }
+
+    function showLandings(text) {
+        landingLayer.clearLayers();
+        landingMarkers = JSON.parse(text).map((entry, index) => {
+            const marker = L.circleMarker([entry[0], entry[1]], landingStyle(index === highlightedLanding));
+            marker.palometTitle = entry[2];
+            marker.bindTooltip(tooltipContent(entry[2], entry[3]), { direction: 'top', offset: [0, -6] });
+            return marker.addTo(landingLayer);
+        });
+        if (landingMarkers[highlightedLanding])
+            landingMarkers[highlightedLanding].bringToFront();
+    }
+
+    function highlightLanding(index) {
+        const previous = landingMarkers[highlightedLanding];
+        if (previous)
+            previous.setStyle(landingStyle(false));
+        highlightedLanding = index;
+        const current = landingMarkers[index];
+        if (current) {
+            current.setStyle(landingStyle(true));
+            current.bringToFront();
+        }
+    }
+
+    function restyleOverlays() {
+        for (const line of trackLines)
+            line.setStyle(trackStyle());
+        landingMarkers.forEach((marker, index) => marker.setStyle(landingStyle(index === highlightedLanding)));
+    }
+
+    // What the overlays hold, for the application's tests: each line's number of vertices,
+    // each landing point's place, the highlighted one and its radius.
+    window.palometOverlays = () => ({
+        segments: trackLines.map((line) => line.getLatLngs().length),
+        landings: landingMarkers.map((marker) => [marker.getLatLng().lat, marker.getLatLng().lng, marker.palometTitle]),
+        highlighted: highlightedLanding,
+        highlightedRadius: landingMarkers[highlightedLanding] ? landingMarkers[highlightedLanding].getRadius() : 0,
+    });
+
     // ---- Talking to the application
 
     function reportView() {
@@ -415,6 +506,7 @@
         document.body.classList.toggle('dark', dark);
         offlineLayer.redraw();
         setTiles(!!settings.online, settings.tileUrl, settings.attribution);
+        restyleOverlays();
         requestDraw();
     }
 
@@ -455,6 +547,10 @@
         bridge = channel.objects.palomet;
         bridge.settingsChanged.connect((text) => applySettings(JSON.parse(text)));
         bridge.sceneChanged.connect(showScene);
+        bridge.trackChanged.connect(showTrack);
+        bridge.landingsChanged.connect(showLandings);
+        bridge.landingHighlighted.connect(highlightLanding);
+        bridge.placingChanged.connect((placing) => container.classList.toggle('palomet-placing', placing));
         bridge.viewRequested.connect((latitude, longitude, zoom, animated) => {
             map.setView([latitude, longitude], zoom, { animate: animated });
             if (!animated)
