@@ -23,7 +23,6 @@ private slots:
     void consecutiveRequestsGetTheirOwnAnswers();
     void invalidUtf8IsDeliveredAsLatin1();
     void workerExitingWithoutAnswerGivesEmptyText();
-    void workerKilledMidResponse();
     void unsendablePathsGetNoAnswer();
     void destroyingLetsTheWorkerExit();
     void responseIsComplete_data();
@@ -140,24 +139,6 @@ void tst_ExifToolProcess::workerExitingWithoutAnswerGivesEmptyText()
     // The worker is gone: writing to it fails, and that too ends the wait with nothing.
     QVERIFY(TestSupport::waitUntil([&] { return processHasEnded(process.processIdentifier()); }));
     QCOMPARE(process.obtainStrippedString(u"/b.jpg"_s), std::optional(QString()));
-}
-
-void tst_ExifToolProcess::workerKilledMidResponse()
-{
-    const QString worker
-        = standIn(R"(print "{extracted-key}:City\nParis\n{extracted-key}:Coun"; sleep 60;)");
-    ExifToolProcess process(worker, {}, {}, false);
-    const pid_t pid = process.processIdentifier();
-    std::thread killer([pid] {
-        QTest::qSleep(300);
-        kill(pid, SIGKILL);
-    });
-    const std::optional<QString> partial = process.obtainStrippedString(u"/a.jpg"_s);
-    killer.join();
-    QCOMPARE(partial, u"{extracted-key}:City\nParis\n{extracted-key}:Coun"_s);
-    // The object stays in place; every later request meets the dead worker and gets nothing.
-    QCOMPARE(process.obtainStrippedString(u"/b.jpg"_s), std::optional(QString()));
-    QCOMPARE(process.obtainStrippedString(u"/c.jpg"_s), std::optional(QString()));
 }
 
 void tst_ExifToolProcess::unsendablePathsGetNoAnswer()

@@ -5,7 +5,6 @@
 using ReaderFixtures::mismatches;
 using ReaderFixtures::stringOf;
 
-#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,7 +16,6 @@ class tst_ImageIOHelper : public QObject
 
 private slots:
     void initTestCase();
-    void tablesHoldEveryKeyOnceWithItsTransformation();
     void jpegValuesComeInTheFormOfThePlatformDictionaries();
     void jpegValuesAreStoredDictionaryByDictionary();
     void pngWithAlphaAndTiffGiveTheirPixelProperties();
@@ -36,28 +34,6 @@ void tst_ImageIOHelper::initTestCase()
     QVERIFY(m_dir.isValid());
     m_jpeg = ReaderFixtures::jpegWithMetadata(m_dir.path());
     QVERIFY(!m_jpeg.isEmpty());
-}
-
-void tst_ImageIOHelper::tablesHoldEveryKeyOnceWithItsTransformation()
-{
-    const auto &helper = ImageIOHelper::shared();
-    const QList<const ImageIOHelper::ExtractionModel *> tables
-        = {&helper.imageMetadataExtractionModel, &helper.gpsMetadataExtractionModel,
-           &helper.iptcMetadataExtractionModel, &helper.tiffMetadataExtractionModel,
-           &helper.exifMetadataExtractionModel};
-    QSet<QString> tags;
-    int rows = 0;
-    int dates = 0;
-    for (const auto *table : tables) {
-        for (const auto &[key, instruction] : *table) {
-            ++rows;
-            tags.insert(instruction.tag);
-            dates += instruction.transformation == ImageIOHelper::Transformation::date;
-        }
-    }
-    QCOMPARE(tags.size(), rows);
-    QCOMPARE(dates, 2);
-    QVERIFY(helper.supportedFileTypes.contains(QStringLiteral("jpg")));
 }
 
 void tst_ImageIOHelper::jpegValuesComeInTheFormOfThePlatformDictionaries()
