@@ -17,7 +17,6 @@ private slots:
     void wronglyTypedPreferencesReadAsTheDefaults();
     void persistedSettingsSurviveARestartButSortModesDoNot();
     void previewTabIndexFollowsBothSources();
-    void snapshotCopiesEverySetting();
     void sourceListRefusesListedPathsAndTheirContents();
     void columnMovesSurviveARestart();
 
@@ -108,23 +107,6 @@ void tst_DataModel::previewTabIndexFollowsBothSources()
     model.previewMode->setValue(0);
     QCOMPARE(model.previewTabIndex->value(), 1);
     QCOMPARE(seen, (QList<int> {0, 3, 1}));
-}
-
-void tst_DataModel::snapshotCopiesEverySetting()
-{
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("snapshot.json")));
-    DataModel model(defaults);
-    model.quoteStrings->setValue(false);
-    model.jsonIndentationMode->setValue(3);
-    model.setSecondSortMode(SortMode::sizeDescending);
-    model.columnList.add(QStringLiteral("City"));
-    const DataModelSnapshot snapshot = model.createSnapshot();
-    model.quoteStrings->setValue(true); // later changes do not reach a taken snapshot
-    QCOMPARE(snapshot.quoteStrings, false);
-    QCOMPARE(snapshot.jsonIndentationMode, 3);
-    QCOMPARE(snapshot.secondSortMode, SortMode::sizeDescending);
-    QCOMPARE(snapshot.columnList.last(), QStringLiteral("City"));
-    QCOMPARE(snapshot.htmlIndentationMode, 1);
 }
 
 void tst_DataModel::sourceListRefusesListedPathsAndTheirContents()

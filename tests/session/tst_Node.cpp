@@ -50,7 +50,6 @@ class tst_Node : public QObject
 private slots:
     void expandingNumberGroups_data();
     void expandingNumberGroups();
-    void encodedLineBreaks();
     void derivedFields_data();
     void derivedFields();
     void builtInKeysDifferBetweenDisplayAndSyncForms();
@@ -88,15 +87,6 @@ void tst_Node::expandingNumberGroups()
     QFETCH(QString, input);
     QFETCH(QString, expected);
     QCOMPARE(stringByExpandingAllNumberGroups(input), expected);
-}
-
-void tst_Node::encodedLineBreaks()
-{
-    QCOMPARE(withEncodedLineBreaksAndTabs(QStringLiteral("a\nb\rc\td")),
-             QStringLiteral("a\\nb\\rc\\td"));
-    QCOMPARE(withEncodedLineBreaksAndTabs(QStringLiteral("plain")), QStringLiteral("plain"));
-    QCOMPARE(asCommaSeparatedString({QStringLiteral("a"), QStringLiteral("b")}),
-             QStringLiteral("a, b"));
 }
 
 void tst_Node::derivedFields_data()
