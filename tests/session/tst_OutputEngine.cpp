@@ -111,13 +111,14 @@ private slots:
     void secondSourceChangeCancelsTheFirst();
     void settingsBeforeFirstScanStartNothing();
     void stepperAndSortChangesResortWithoutRescanning();
-    void encodingModeStartsNoStage();
     void scanSettingChangedFromOutsideRescans();
     void statusLineTexts_data();
     void statusLineTexts();
 
 private:
     bool waitReady();
+    // Starts the engine on one of the folders and waits for its list of count files.
+    bool scan(const char *folder, qsizetype count);
     QStringList listedNames() const;
 
     QTemporaryDir m_dir;
@@ -158,6 +159,13 @@ bool tst_OutputEngine::waitReady()
 {
     return TestSupport::waitUntil(
         [&] { return !m_engine || m_engine->queue().operationCount() == 0; });
+}
+
+bool tst_OutputEngine::scan(const char *folder, qsizetype count)
+{
+    m_engine->startListening();
+    m_model->sourceList.add({m_dir.filePath(QLatin1String(folder))}, false);
+    return TestSupport::waitUntil([&] { return listedNames().size() == count; }) && waitReady();
 }
 
 QStringList tst_OutputEngine::listedNames() const
@@ -249,10 +257,7 @@ void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
 
 void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()
 {
-    m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
-    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 3; }));
-    QVERIFY(waitReady());
+    QVERIFY(scan("one", 3));
     const FlatFileListPtr first = m_engine->flatFileList();
 
     m_model->setFirstSortMode(SortMode::nameAndSequenceDescending);
@@ -275,30 +280,9 @@ void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()
     QVERIFY(waitReady());
 }
 
-void tst_OutputEngine::encodingModeStartsNoStage()
-{
-    m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
-    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 1; }));
-    QVERIFY(waitReady());
-    const int made = m_format->operationsMade;
-    m_model->encodingMode->setValue(2);
-    QCOMPARE(m_engine->queue().operationCount(), 0);
-    QCOMPARE(int(m_format->operationsMade), made);
-    // Any other output setting re-formats without a rescan.
-    const FlatFileListPtr list = m_engine->flatFileList();
-    m_model->nullValuesMode->setValue(1);
-    QVERIFY(TestSupport::waitUntil([&] { return m_format->operationsMade == made + 1; }));
-    QVERIFY(waitReady());
-    QCOMPARE(m_engine->flatFileList(), list);
-}
-
 void tst_OutputEngine::scanSettingChangedFromOutsideRescans()
 {
-    m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
-    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 1; }));
-    QVERIFY(waitReady());
+    QVERIFY(scan("two", 1));
     const FlatFileListPtr list = m_engine->flatFileList();
     UserDefaults::standard().setObject(true, QStringLiteral("prodcessSubfolders"));
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != list; }));
