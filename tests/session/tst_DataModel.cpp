@@ -26,16 +26,15 @@ private:
 
 void tst_DataModel::firstLaunchDefaults()
 {
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("first.json")));
+    UserDefaults defaults(m_dir.filePath(u"first.json"_s));
     DataModel model(defaults);
-    QCOMPARE(model.columnList.value(),
-             (QStringList {QStringLiteral("name"), QStringLiteral("absolute_path")}));
+    QCOMPARE(model.columnList.value(), (QStringList {u"name"_s, u"absolute_path"_s}));
     QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
     QVERIFY(model.sourceList.value().isEmpty());
     QCOMPARE(model.previewTabIndex->value(), 0);
-    QCOMPARE(model._stepperLabel->value(), QStringLiteral("Whatever"));
+    QCOMPARE(model._stepperLabel->value(), u"Whatever"_s);
     QCOMPARE(model._currentPinIndex->value(), -1);
-    QCOMPARE(model._currentPinName->value(), QStringLiteral("No Pin"));
+    QCOMPARE(model._currentPinName->value(), u"No Pin"_s);
     QCOMPARE(model.htmlIndentationMode->value(), 1);
     QCOMPARE(model.jsonDateFormatMode->value(), 1);
     QCOMPARE(model.infoPaneHeight->value(), 200.0);
@@ -53,7 +52,7 @@ void tst_DataModel::firstLaunchDefaults()
 // wrong type reads as its default.
 void tst_DataModel::wronglyTypedPreferencesReadAsTheDefaults()
 {
-    const QString path = m_dir.filePath(QStringLiteral("damaged.json"));
+    const QString path = m_dir.filePath(u"damaged.json"_s);
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(R"({"outputFormat": "banana", "processFiles": "yes", "previewMode": [3],
@@ -68,13 +67,13 @@ void tst_DataModel::wronglyTypedPreferencesReadAsTheDefaults()
     QCOMPARE(model.infoPaneHeight->value(), 200.0);
     QCOMPARE(model.quoteStrings->value(), true);
     QCOMPARE(model.jsonIndentationMode->value(), 1);
-    defaults.setObject(42, QStringLiteral("outputFormat")); // no such format
+    defaults.setObject(42, u"outputFormat"_s); // no such format
     QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
 }
 
 void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
 {
-    const QString path = m_dir.filePath(QStringLiteral("restart.json"));
+    const QString path = m_dir.filePath(u"restart.json"_s);
     {
         UserDefaults defaults(path);
         DataModel model(defaults);
@@ -86,8 +85,8 @@ void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
     }
     UserDefaults defaults(path);
     // The historical spelling of the key is what is stored.
-    QCOMPARE(defaults.objectForKey(QStringLiteral("prodcessSubfolders")).toBool(), true);
-    QCOMPARE(defaults.objectForKey(QStringLiteral("outputFormat")).toInt(), 5);
+    QCOMPARE(defaults.objectForKey(u"prodcessSubfolders"_s).toBool(), true);
+    QCOMPARE(defaults.objectForKey(u"outputFormat"_s).toInt(), 5);
     DataModel model(defaults);
     QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::JSON);
     QCOMPARE(model.infoPaneHeight->value(), 321.5);
@@ -96,7 +95,7 @@ void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
 
 void tst_DataModel::previewTabIndexFollowsBothSources()
 {
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("tabs.json")));
+    UserDefaults defaults(m_dir.filePath(u"tabs.json"_s));
     DataModel model(defaults);
     QList<int> seen;
     model.previewTabIndex->addColdListener([&](int v) { seen << v; });
@@ -113,47 +112,45 @@ void tst_DataModel::sourceListRefusesListedPathsAndTheirContents()
 {
     RecordingPresenter presenter;
     AlertPresenter::install(&presenter);
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("sources.json")));
+    UserDefaults defaults(m_dir.filePath(u"sources.json"_s));
     DataModel model(defaults);
     model.waitingForData->setValue(false);
 
-    model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/other/file.jpg")}, true);
+    model.sourceList.add({u"/photos"_s, u"/other/file.jpg"_s}, true);
     QVERIFY(presenter.alerts.isEmpty());
     QVERIFY(model.waitingForData->value());
     // A folder twice, and a file inside a listed folder, are refused; the rest is added.
-    model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/photos/2020/a.jpg"),
-                          QStringLiteral("/other"), QStringLiteral("/photosbook")},
+    model.sourceList.add({u"/photos"_s, u"/photos/2020/a.jpg"_s, u"/other"_s, u"/photosbook"_s},
                          true);
     QCOMPARE(model.sourceList.value(),
-             (QStringList {QStringLiteral("/photos"), QStringLiteral("/other/file.jpg"),
-                           QStringLiteral("/other"), QStringLiteral("/photosbook")}));
+             (QStringList {u"/photos"_s, u"/other/file.jpg"_s, u"/other"_s, u"/photosbook"_s}));
     QCOMPARE(presenter.alerts.size(), 1);
-    QCOMPARE(presenter.alerts.first().title, QStringLiteral("Some files could not be added."));
-    QCOMPARE(presenter.alerts.first().buttons, QStringList {QStringLiteral("OK")});
+    QCOMPARE(presenter.alerts.first().title, u"Some files could not be added."_s);
+    QCOMPARE(presenter.alerts.first().buttons, QStringList {u"OK"_s});
     // Not interactive: refused silently.
-    model.sourceList.add({QStringLiteral("/photos")}, false);
+    model.sourceList.add({u"/photos"_s}, false);
     QCOMPARE(presenter.alerts.size(), 1);
     AlertPresenter::install(nullptr);
 }
 
 void tst_DataModel::columnMovesSurviveARestart()
 {
-    const QString path = m_dir.filePath(QStringLiteral("columns.json"));
+    const QString path = m_dir.filePath(u"columns.json"_s);
     {
         UserDefaults defaults(path);
         DataModel model(defaults);
-        model.columnList.add(QStringLiteral("City"));
-        model.columnList.add(QStringLiteral("Country"));
+        model.columnList.add(u"City"_s);
+        model.columnList.add(u"Country"_s);
         // name, absolute_path, City, Country: move City and Country to the top.
         model.columnList.move({2, 3}, 0);
         model.columnList.deleteAt(3);
     }
     UserDefaults defaults(path);
     DataModel model(defaults);
-    QCOMPARE(
-        model.columnList.value(),
-        (QStringList {QStringLiteral("City"), QStringLiteral("Country"), QStringLiteral("name")}));
+    QCOMPARE(model.columnList.value(), (QStringList {u"City"_s, u"Country"_s, u"name"_s}));
 }
 
 QTEST_GUILESS_MAIN(tst_DataModel)
 #include "tst_DataModel.moc"
+
+using namespace Qt::StringLiterals;

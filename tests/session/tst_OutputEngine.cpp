@@ -132,14 +132,14 @@ void tst_OutputEngine::initTestCase()
 {
     TestSupport::useTemporaryUserDefaults();
     for (const char *name : {"b10.jpg", "b9.jpg", "a.jpg"})
-        touch(m_dir.filePath(QStringLiteral("one/") + QLatin1String(name)));
-    touch(m_dir.filePath(QStringLiteral("two/c.jpg")));
+        touch(m_dir.filePath(u"one/"_s + QLatin1String(name)));
+    touch(m_dir.filePath(u"two/c.jpg"_s));
 }
 
 void tst_OutputEngine::init()
 {
-    UserDefaults::standard().setObject(QStringList(), QStringLiteral("brisk_sources"));
-    UserDefaults::standard().setObject(1, QStringLiteral("outputFormat"));
+    UserDefaults::standard().setObject(QStringList(), u"brisk_sources"_s);
+    UserDefaults::standard().setObject(1, u"outputFormat"_s);
     m_model = std::make_unique<DataModel>();
     m_engine = OutputEngine::create(m_model.get());
     m_format = std::make_shared<NamesFormat>();
@@ -196,14 +196,11 @@ void tst_OutputEngine::scanSortAndFormatChainAndPublish()
     std::atomic_int completions = 0;
     m_engine->outputCompletePublisher->addColdListener([&](bool v) { completions += v ? 1 : 0; });
     m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"one"_s)}, false);
     QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 3 && completions >= 1; }));
     QVERIFY(waitReady());
-    QCOMPARE(listedNames(),
-             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
-                           QStringLiteral("b10.jpg")}));
-    QCOMPARE(m_engine->currentOutputString(),
-             std::optional<QString>(QStringLiteral("a.jpg\nb9.jpg\nb10.jpg")));
+    QCOMPARE(listedNames(), (QStringList {u"a.jpg"_s, u"b9.jpg"_s, u"b10.jpg"_s}));
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(u"a.jpg\nb9.jpg\nb10.jpg"_s));
     QVERIFY(TestSupport::waitUntil([&] { return m_table->shown.size() == 3; }));
     QVERIFY(m_table->updates >= 1);
     QVERIFY(m_model->waitingForData->value());
@@ -216,26 +213,25 @@ void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
     // The queue is held while the sources change twice, so the first scan is still waiting
     // when the second change comes: it must be cancelled and never reach the table.
     std::promise<void> release = holdQueue(*m_engine);
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"one"_s)}, false);
     m_model->sourceList.deleteAt(0);
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"two"_s)}, false);
     release.set_value();
-    QVERIFY(TestSupport::waitUntil(
-        [&] { return listedNames() == QStringList {QStringLiteral("c.jpg")}; }));
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames() == QStringList {u"c.jpg"_s}; }));
     QVERIFY(waitReady());
     for (const QList<NodePtr> &shown : std::as_const(m_table->history)) {
         for (const NodePtr &node : shown)
-            QVERIFY2(node->name == QStringLiteral("c.jpg"), qPrintable(node->name));
+            QVERIFY2(node->name == u"c.jpg"_s, qPrintable(node->name));
     }
-    QCOMPARE(listedNames(), QStringList {QStringLiteral("c.jpg")});
-    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(QStringLiteral("c.jpg")));
+    QCOMPARE(listedNames(), QStringList {u"c.jpg"_s});
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(u"c.jpg"_s));
 }
 
 void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
 {
     // The first scan waits behind a held queue: until it has finished there is no list, so sort,
     // stepper and output changes start no stage, and the scan's own settings give the result.
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"one"_s)}, false);
     std::promise<void> release = holdQueue(*m_engine);
     m_engine->startListening();
     const int queued = m_engine->queue().operationCount();
@@ -249,9 +245,7 @@ void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
     release.set_value();
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->currentOutputString().has_value(); }));
     QVERIFY(waitReady());
-    QCOMPARE(listedNames(),
-             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
-                           QStringLiteral("b10.jpg")}));
+    QCOMPARE(listedNames(), (QStringList {u"a.jpg"_s, u"b9.jpg"_s, u"b10.jpg"_s}));
     QCOMPARE(m_format->operationsMade.load(), 1);
 }
 
@@ -263,20 +257,16 @@ void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()
     m_model->setFirstSortMode(SortMode::nameAndSequenceDescending);
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != first; }));
     QVERIFY(waitReady());
-    QCOMPARE(listedNames(),
-             (QStringList {QStringLiteral("b10.jpg"), QStringLiteral("b9.jpg"),
-                           QStringLiteral("a.jpg")}));
+    QCOMPARE(listedNames(), (QStringList {u"b10.jpg"_s, u"b9.jpg"_s, u"a.jpg"_s}));
     // The same nodes, and the old list untouched for whoever still reads it.
     QCOMPARE(m_engine->flatFileList()->files.last(), first->files.first());
-    QCOMPARE(first->files.first()->name, QStringLiteral("a.jpg"));
-    QCOMPARE(m_engine->currentOutputString(),
-             std::optional<QString>(QStringLiteral("b10.jpg\nb9.jpg\na.jpg")));
+    QCOMPARE(first->files.first()->name, u"a.jpg"_s);
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(u"b10.jpg\nb9.jpg\na.jpg"_s));
 
     // Stepper inactive puts the natural name order back, whatever was chosen.
     m_model->setStepperMode(StepperMode::inactive);
     QCOMPARE(m_model->firstSortMode(), SortMode::nameAndSequenceAscending);
-    QVERIFY(
-        TestSupport::waitUntil([&] { return listedNames().first() == QStringLiteral("a.jpg"); }));
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames().first() == u"a.jpg"_s; }));
     QVERIFY(waitReady());
 }
 
@@ -284,7 +274,7 @@ void tst_OutputEngine::scanSettingChangedFromOutsideRescans()
 {
     QVERIFY(scan("two", 1));
     const FlatFileListPtr list = m_engine->flatFileList();
-    UserDefaults::standard().setObject(true, QStringLiteral("prodcessSubfolders"));
+    UserDefaults::standard().setObject(true, u"prodcessSubfolders"_s);
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != list; }));
     // A rescan makes new nodes for the same files.
     QVERIFY(m_engine->flatFileList()->files.first() != list->files.first());
@@ -299,20 +289,19 @@ void tst_OutputEngine::statusLineTexts_data()
     QTest::addColumn<bool>("writing");
     QTest::addColumn<int>("secondsSinceReference");
     QTest::addColumn<QString>("expected");
-    const QString tail = QStringLiteral(" (40 items | 2 selected | 7 metadata items). ");
+    const QString tail = u" (40 items | 2 selected | 7 metadata items). "_s;
     QTest::newRow("scanning") << int(OutputOperationTypeEnum::scanning) << false << false << 0
-                              << QStringLiteral("12 items scanned...") + tail;
+                              << u"12 items scanned..."_s + tail;
     QTest::newRow("sorting, second 0") << int(OutputOperationTypeEnum::scanning) << true << false
-                                       << 0 << QStringLiteral("Sorting items.") + tail;
-    QTest::newRow("resorting, second 3")
-        << int(OutputOperationTypeEnum::resorting) << false << false << 7
-        << QStringLiteral("Sorting items....") + tail;
+                                       << 0 << u"Sorting items."_s + tail;
+    QTest::newRow("resorting, second 3") << int(OutputOperationTypeEnum::resorting) << false
+                                         << false << 7 << u"Sorting items...."_s + tail;
     QTest::newRow("computing") << int(OutputOperationTypeEnum::computingOutput) << false << false
-                               << 0 << QStringLiteral("Computing output (12/30)...") + tail;
+                               << 0 << u"Computing output (12/30)..."_s + tail;
     QTest::newRow("writing") << int(OutputOperationTypeEnum::ready) << false << true << 0
-                             << QStringLiteral("Writing 5 of 9...") + tail;
+                             << u"Writing 5 of 9..."_s + tail;
     QTest::newRow("ready") << int(OutputOperationTypeEnum::ready) << false << false << 0
-                           << QStringLiteral("Ready.") + tail;
+                           << u"Ready."_s + tail;
 }
 
 void tst_OutputEngine::statusLineTexts()
@@ -339,3 +328,5 @@ void tst_OutputEngine::statusLineTexts()
 
 QTEST_GUILESS_MAIN(tst_OutputEngine)
 #include "tst_OutputEngine.moc"
+
+using namespace Qt::StringLiterals;
