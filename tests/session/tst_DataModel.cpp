@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class tst_DataModel : public QObject
 {
     Q_OBJECT
@@ -152,5 +154,3 @@ void tst_DataModel::columnMovesSurviveARestart()
 
 QTEST_GUILESS_MAIN(tst_DataModel)
 #include "tst_DataModel.moc"
-
-using namespace Qt::StringLiterals;

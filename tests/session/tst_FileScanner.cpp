@@ -10,6 +10,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void touch(const QString &path)
@@ -187,5 +189,3 @@ void tst_FileScanner::walkedNodesMatchNodesMadeAlone()
 
 QTEST_GUILESS_MAIN(tst_FileScanner)
 #include "tst_FileScanner.moc"
-
-using namespace Qt::StringLiterals;

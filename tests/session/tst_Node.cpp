@@ -12,6 +12,7 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
 using namespace StringHelpers;
 
 namespace {
@@ -271,5 +272,3 @@ void tst_Node::tiesStillReadTheSecondModesSource()
 
 QTEST_GUILESS_MAIN(tst_Node)
 #include "tst_Node.moc"
-
-using namespace Qt::StringLiterals;

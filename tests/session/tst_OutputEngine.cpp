@@ -13,6 +13,8 @@
 #include <atomic>
 #include <future>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // A minimal text format: the names of the list, one a line, in the list's order.
@@ -328,5 +330,3 @@ void tst_OutputEngine::statusLineTexts()
 
 QTEST_GUILESS_MAIN(tst_OutputEngine)
 #include "tst_OutputEngine.moc"
-
-using namespace Qt::StringLiterals;
