@@ -83,40 +83,18 @@ void tst_TagManager::everyListedColumnHasASource()
 
 void tst_TagManager::descriptiveGroupsFollowTheCategoryLists_data()
 {
+    // The order within a group is the info pane's, checked there.
     QTest::addColumn<Space>("space");
-    QTest::addColumn<QStringList>("leading");
-    QTest::newRow("Basic") << Space::Basic
-                           << QString::fromLatin1(
-                                  "name file_name file_name_without_any_extensions relative_path "
-                                  "absolute_parent_path absolute_path tags creation_date "
-                                  "modification_date parent full_path_name_length")
-                                  .split(u' ');
-    QTest::newRow("Size") << Space::Size
-                          << QStringList {u"human_readable_size"_s, u"size_in_bytes"_s,
-                                          u"size_in_kb"_s, u"size_in_mb"_s};
-    QTest::newRow("EXIF") << Space::EXIF
-                          << QStringList {u"DateTimeOriginal"_s, u"DateTimeDigitized"_s};
-    QTest::newRow("GPS") << Space::GPS
-                         << QStringList {u"GPSLatitude#"_s,         u"XMPGPSLatitude#"_s,
-                                         u"SidecarGPSLatitude#"_s,  u"GPSLatitudeRef"_s,
-                                         u"GPSLongitude#"_s,        u"XMPGPSLongitude#"_s,
-                                         u"SidecarGPSLongitude#"_s, u"GPSLongitudeRef"_s,
-                                         u"GPSAltitude#"_s};
-    QTest::newRow("IPTC") << Space::IPTC << QStringList {u"City"_s,           u"XMPCity"_s,
-                                                         u"SidecarCity"_s,    u"Country"_s,
-                                                         u"XMPCountry"_s,     u"SidecarCountry"_s,
-                                                         u"Province-State"_s, u"XMPState"_s,
-                                                         u"SidecarState"_s,   u"Sub-location"_s,
-                                                         u"XMPLocation"_s,    u"SidecarLocation"_s};
+    const char *names[] = {"Basic", "Size", "EXIF", "GPS", "IPTC"};
+    for (size_t i = 0; i < TagManager::allDescriptiveTagSpaces.size(); ++i)
+        QTest::newRow(names[i]) << TagManager::allDescriptiveTagSpaces[i];
 }
 
 void tst_TagManager::descriptiveGroupsFollowTheCategoryLists()
 {
     QFETCH(Space, space);
-    QFETCH(QStringList, leading);
     const TagManager &tags = TagManager::shared();
     const QStringList ids = tags.columnIDArrayForDescriptiveTag(space);
-    QCOMPARE(ids.mid(0, leading.size()), leading);
 
     // The group holds exactly its own ids, each once.
     QSet<QString> expected;
@@ -125,6 +103,7 @@ void tst_TagManager::descriptiveGroupsFollowTheCategoryLists()
         if (it.value() == space)
             expected.insert(it.key());
     }
+    QVERIFY(!ids.isEmpty());
     QCOMPARE(ids.size(), expected.size());
     QCOMPARE(QSet<QString>(ids.cbegin(), ids.cend()), expected);
 }
