@@ -1,5 +1,6 @@
 #include "acquisition/ImageIOHelper.h"
 
+#include "Fixtures.h"
 #include "ReaderFixtures.h"
 
 using ReaderFixtures::mismatches;
@@ -110,7 +111,7 @@ void tst_ImageIOHelper::embeddedProfileGivesItsName()
     QVERIFY(icc.open(QIODevice::WriteOnly));
     icc.write(ReaderFixtures::iccProfile("Palomet Test RGB"));
     icc.close();
-    QVERIFY(ReaderFixtures::exiftool({"-ICC_Profile<=" + icc.fileName(), jpeg}));
+    QVERIFY(Fixtures::writeTags(jpeg, {"-ICC_Profile<=" + icc.fileName()}));
 
     QCOMPARE(stringOf(ImageIOHelper::shared().extract(jpeg), "image_profile_name"),
              "Palomet Test RGB");

@@ -1,3 +1,4 @@
+#include "Fixtures.h"
 #include "OutputFixture.h"
 #include "ReaderFixtures.h"
 #include "commons/ApplicationStart.h"
@@ -173,8 +174,8 @@ void tst_CSVOutputOperation::realPhotoReadByTheImageReader()
     const QString path = ReaderFixtures::jpegWithMetadata(dir.path(), u"IMG_7.jpg"_s);
     QVERIFY(!path.isEmpty());
     // A photo without any position beside it.
-    const QString plain = dir.filePath(u"plain.jpg"_s);
-    QVERIFY(ReaderFixtures::run(u"convert"_s, {u"-size"_s, u"8x8"_s, u"xc:gray"_s, plain}));
+    const QString plain = Fixtures::makeJpeg(dir.path(), u"plain.jpg"_s);
+    QVERIFY(!plain.isEmpty());
     const QList<NodePtr> nodes = {FileNode::create(u"IMG_7.jpg"_s, path, u"IMG_7.jpg"_s),
                                   FileNode::create(u"plain.jpg"_s, plain, u"plain.jpg"_s)};
 
