@@ -153,7 +153,6 @@ private slots:
     void writeWithoutRootRights_data();
     void writeWithoutRootRights();
 
-
     void parseExifToolError_data();
     void parseExifToolError();
 
