@@ -1,11 +1,9 @@
 #include "ReaderFixtures.h"
 
-#include "TestSupport.h"
-#include "platform/Resources.h"
+#include "Fixtures.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QtEndian>
 
 #include <taglib/commentsframe.h>
@@ -15,31 +13,9 @@
 #include <taglib/unsynchronizedlyricsframe.h>
 #include <taglib/wavfile.h>
 
-#include <cstdio>
-
 namespace ReaderFixtures {
 
-bool run(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit
-        || process.exitCode() != 0) {
-        std::fprintf(stderr, "fixture tool failed: %s %s\n%s\n", qPrintable(program),
-                     qPrintable(arguments.join(QLatin1Char(' '))), process.readAll().constData());
-        return false;
-    }
-    return true;
-}
-
-bool exiftool(const QStringList &arguments)
-{
-    return run(QStringLiteral("perl"),
-               QStringList {Resources::path(QStringLiteral("exiftool/exiftool")),
-                            QStringLiteral("-q"), QStringLiteral("-overwrite_original")}
-                   + arguments);
-}
+using Fixtures::run;
 
 static bool ffmpeg(const QStringList &arguments)
 {
@@ -62,21 +38,23 @@ static QStringList words(const char *text)
 QString jpegWithMetadata(const QString &dir, const QString &name)
 {
     const QString path = QDir(dir).filePath(name);
-    const bool ok = run(QStringLiteral("convert"), words("-size|64x48|xc:skyblue|-strip") << path)
-        && exiftool(words("-Make=Canon|-Model=EOS R5|-LensModel=RF24-105mm F4 L IS USM|"
-                          "-DateTimeOriginal=2024:05:01 12:34:56|-ExposureTime=1/125|-FNumber=2.8|"
-                          "-ISO=200|-FocalLength=50|-ExposureProgram#=3|-ExifVersion=0232|"
-                          "-XResolution=300|-YResolution=300|-ResolutionUnit=inches|"
-                          "-UserComment=Taken from the tower|-GPSVersionID=2.3.0.0|"
-                          "-GPSLatitude=48.8584|-GPSLatitudeRef=N|-GPSLongitude=2.2945|"
-                          "-GPSLongitudeRef=W|-GPSAltitude=35|-GPSAltitudeRef=0|"
-                          "-GPSTimeStamp=10:34:56|-GPSDateStamp=2024:05:01|-GPSTrack=123.5|"
-                          "-Keywords=alpha|-Keywords=beta|-Keywords=gamma|-City=Paris|"
-                          "-Province-State=Ile-de-France|-Country-PrimaryLocationName=France|"
-                          "-Sub-location=Champ de Mars|-Headline=Tower at noon|-By-line=Ana|"
-                          "-CopyrightNotice=(c) Ana|-DateCreated=2024:05:01|"
-                          "-TimeCreated=12:34:56+02:00")
-                    << path);
+    const bool ok
+        = run(QStringLiteral("convert"), words("-size|64x48|xc:skyblue|-strip") << path)
+        && Fixtures::writeTags(
+              path,
+              words("-Make=Canon|-Model=EOS R5|-LensModel=RF24-105mm F4 L IS USM|"
+                    "-DateTimeOriginal=2024:05:01 12:34:56|-ExposureTime=1/125|-FNumber=2.8|"
+                    "-ISO=200|-FocalLength=50|-ExposureProgram#=3|-ExifVersion=0232|"
+                    "-XResolution=300|-YResolution=300|-ResolutionUnit=inches|"
+                    "-UserComment=Taken from the tower|-GPSVersionID=2.3.0.0|"
+                    "-GPSLatitude=48.8584|-GPSLatitudeRef=N|-GPSLongitude=2.2945|"
+                    "-GPSLongitudeRef=W|-GPSAltitude=35|-GPSAltitudeRef=0|"
+                    "-GPSTimeStamp=10:34:56|-GPSDateStamp=2024:05:01|-GPSTrack=123.5|"
+                    "-Keywords=alpha|-Keywords=beta|-Keywords=gamma|-City=Paris|"
+                    "-Province-State=Ile-de-France|-Country-PrimaryLocationName=France|"
+                    "-Sub-location=Champ de Mars|-Headline=Tower at noon|-By-line=Ana|"
+                    "-CopyrightNotice=(c) Ana|-DateCreated=2024:05:01|"
+                    "-TimeCreated=12:34:56+02:00"));
     return madeOrEmpty(ok, path);
 }
 
@@ -94,7 +72,7 @@ QString tiffWithCamera(const QString &dir)
     const QString path = QDir(dir).filePath(QStringLiteral("scan.tif"));
     const bool ok
         = run(QStringLiteral("convert"), words("-size|40x30|gradient:red-blue|-depth|16") << path)
-        && exiftool(words("-Make=Nikon|-Model=Coolscan") << path);
+        && Fixtures::writeTags(path, words("-Make=Nikon|-Model=Coolscan"));
     return madeOrEmpty(ok, path);
 }
 
@@ -249,13 +227,6 @@ QDateTime dateOf(const ExtractedValues &values, const QString &key)
             return value.value.dateValue();
     }
     return {};
-}
-
-QString captureStandardError(const std::function<void()> &function)
-{
-    const TestSupport::StandardErrorCapture capture;
-    function();
-    return capture.text();
 }
 
 } // namespace ReaderFixtures

@@ -5,16 +5,10 @@
 #include <QString>
 #include <QStringList>
 
-#include <functional>
-
 // Sample files for the platform readers' tests, made on the spot with ffmpeg, ImageMagick, the
-// resource ExifTool and TagLib. Each maker returns the new file's path, or an empty string
-// after printing why it failed.
+// resource ExifTool and TagLib (the tools run through Fixtures::run). Each maker returns the new
+// file's path, or an empty string after printing why it failed.
 namespace ReaderFixtures {
-
-// Runs a tool to completion; false (with its output printed) if it fails.
-bool run(const QString &program, const QStringList &arguments);
-bool exiftool(const QStringList &arguments);
 
 // 64x48 JPEG without alpha: Exif camera data, GPS (48.8584 N, 2.2945 W, 35 m), IPTC keywords
 // "alpha", "beta", "gamma", city, country, headline, copyright, dated 2024:05:01 12:34:56.
@@ -48,9 +42,5 @@ QString stringOf(const ExtractedValues &values, const QString &key);
 QString mismatches(const ExtractedValues &values, const char *expected);
 // The date stored under a key, or an invalid date.
 QDateTime dateOf(const ExtractedValues &values, const QString &key);
-
-// Everything the function writes to standard error meanwhile (at file-descriptor level, so that
-// libraries' own messages are caught).
-QString captureStandardError(const std::function<void()> &function);
 
 } // namespace ReaderFixtures

@@ -8,9 +8,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-#include <thread>
-
 using namespace Qt::StringLiterals;
 
 class tst_ExifToolProcess : public QObject
@@ -23,9 +20,7 @@ private slots:
     void consecutiveRequestsGetTheirOwnAnswers();
     void invalidUtf8IsDeliveredAsLatin1();
     void workerExitingWithoutAnswerGivesEmptyText();
-    void workerKilledMidResponse();
     void unsendablePathsGetNoAnswer();
-    void destroyingLetsTheWorkerExit();
     void responseIsComplete_data();
     void responseIsComplete();
     void macRomanMatchesTheSystemConverter();
@@ -40,11 +35,6 @@ private:
 namespace {
 
 const QString terminator = u"-<-do-not_use_thisInMetaData-Finished-->"_s;
-
-bool processIsGone(pid_t pid)
-{
-    return kill(pid, 0) != 0;
-}
 
 // Ended, whether reaped yet or not.
 bool processHasEnded(pid_t pid)
@@ -142,24 +132,6 @@ void tst_ExifToolProcess::workerExitingWithoutAnswerGivesEmptyText()
     QCOMPARE(process.obtainStrippedString(u"/b.jpg"_s), std::optional(QString()));
 }
 
-void tst_ExifToolProcess::workerKilledMidResponse()
-{
-    const QString worker
-        = standIn(R"(print "{extracted-key}:City\nParis\n{extracted-key}:Coun"; sleep 60;)");
-    ExifToolProcess process(worker, {}, {}, false);
-    const pid_t pid = process.processIdentifier();
-    std::thread killer([pid] {
-        QTest::qSleep(300);
-        kill(pid, SIGKILL);
-    });
-    const std::optional<QString> partial = process.obtainStrippedString(u"/a.jpg"_s);
-    killer.join();
-    QCOMPARE(partial, u"{extracted-key}:City\nParis\n{extracted-key}:Coun"_s);
-    // The object stays in place; every later request meets the dead worker and gets nothing.
-    QCOMPARE(process.obtainStrippedString(u"/b.jpg"_s), std::optional(QString()));
-    QCOMPARE(process.obtainStrippedString(u"/c.jpg"_s), std::optional(QString()));
-}
-
 void tst_ExifToolProcess::unsendablePathsGetNoAnswer()
 {
     const QString worker
@@ -171,21 +143,6 @@ void tst_ExifToolProcess::unsendablePathsGetNoAnswer()
     QCOMPARE(process.obtainStrippedString(u"/two\nlines.jpg"_s), std::optional(QString()));
     QCOMPARE(process.obtainStrippedString(u"/next.jpg"_s),
              u"/next.jpg\n{extracted-key}:"_s + terminator);
-}
-
-void tst_ExifToolProcess::destroyingLetsTheWorkerExit()
-{
-    const QString worker
-        = standIn(R"(print "{extracted-key}:-<-do-not_use_thisInMetaData-Finished-->";)");
-    pid_t pid = -1;
-    {
-        ExifToolProcess process(worker, {}, {}, false);
-        pid = process.processIdentifier();
-        QVERIFY(process.obtainStrippedString(u"x"_s));
-        QVERIFY(!processIsGone(pid));
-    }
-    // The worker sees the end of its input, exits, and is reaped.
-    QVERIFY(TestSupport::waitUntil([&] { return processIsGone(pid); }));
 }
 
 void tst_ExifToolProcess::responseIsComplete_data()

@@ -20,7 +20,6 @@ class tst_PlatformReaderStoring : public QObject
 
 private slots:
     void initTestCase();
-    void valuesAreStoredUnderTheReadersSource();
     void nodesShowTheSearchIndexAttributes();
     void retrievalReadsEachSourceAndSetsItsMarker();
     void unreadableFileIsMarkedWithoutValues();
@@ -43,32 +42,6 @@ void tst_PlatformReaderStoring::initTestCase()
     m_mp4 = ReaderFixtures::mp4WithLocation(m_dir.path());
     QVERIFY(!m_jpeg.isEmpty() && !m_mp4.isEmpty());
     ApplicationStart::installMetadataReaders();
-}
-
-void tst_PlatformReaderStoring::valuesAreStoredUnderTheReadersSource()
-{
-    const QString jpeg = QDir(m_dir.path()).filePath("direct.jpg");
-    const QString mp4 = QDir(m_dir.path()).filePath("direct.mp4");
-    QVERIFY(QFile::copy(m_jpeg, jpeg) && QFile::copy(m_mp4, mp4));
-    MetadataStorage &storage = MetadataStorage::shared();
-
-    const qint64 before = storage.itemCounter();
-    ImageIOHelper::shared().retrieveAndStoreAllTagsFor(jpeg);
-    QCOMPARE(storage.getStringValue(jpeg, "iptc_keywords", MetadataSource::ImageIO),
-             std::optional<QString>("alpha, beta, gamma"));
-    QCOMPARE(storage.getWrappedValue(jpeg, "exif_date_time_original", MetadataSource::ImageIO),
-             WrappedMetaDataValue::date(QDateTime(QDate(2024, 5, 1), QTime(12, 34, 56))));
-    QCOMPARE(storage.itemCounter() - before, ImageIOHelper::shared().extract(jpeg).size());
-
-    SpotlightHelper::shared().retrieveAndStoreAllTagsFor(mp4);
-    AVKitHelper::shared().retrieveAndStoreAllTagsFor(mp4);
-    QCOMPARE(storage.getStringValue(mp4, "duration", MetadataSource::Spotlight),
-             std::optional<QString>("1.5"));
-    QCOMPARE(storage.getStringValue(mp4, "av_title", MetadataSource::AVKit),
-             std::optional<QString>("Eiffel clip"));
-    QCOMPARE(storage.getStringValue(mp4, "av_title", MetadataSource::Spotlight), std::nullopt);
-    QCOMPARE(storage.getStringValue(jpeg, "iptc_keywords", MetadataSource::Spotlight),
-             std::nullopt);
 }
 
 void tst_PlatformReaderStoring::nodesShowTheSearchIndexAttributes()
@@ -106,6 +79,8 @@ void tst_PlatformReaderStoring::retrievalReadsEachSourceAndSetsItsMarker()
              std::optional<QString>("+48.8584+002.2945/"));
     QCOMPARE(storage.getStringValue(mp4, "pixelwidth", MetadataSource::Spotlight),
              std::optional<QString>("160"));
+    // Each reader's values under its own source only.
+    QCOMPARE(storage.getStringValue(mp4, "av_location", MetadataSource::Spotlight), std::nullopt);
     // An MP4 is no image type: nothing under source 3 but the marker.
     QVERIFY(storage.getKeysForAllAvailableStringValues(mp4, MetadataSource::ImageIO).isEmpty());
 }

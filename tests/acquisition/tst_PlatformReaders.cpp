@@ -4,6 +4,7 @@
 
 #include "Fixtures.h"
 #include "ReaderFixtures.h"
+#include "TestSupport.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -126,11 +127,11 @@ void tst_PlatformReaders::badInputGivesAnEmptyOrPartialResultQuietly()
     QVERIFY(!path.isEmpty());
 
     AllValues values;
-    const QString printed = ReaderFixtures::captureStandardError([&] {
+    const QString printed = QString::fromLocal8Bit(TestSupport::standardErrorOf([&] {
         values = readAll(path);
         SpotlightHelper::shared().getContentCreateDate(path);
         SpotlightHelper::shared().getItemCopyright(path);
-    });
+    }));
     for (const QString &line : printed.split('\n', Qt::SkipEmptyParts))
         QVERIFY2(line.startsWith("key not recognized: "), qPrintable(line));
 

@@ -29,7 +29,7 @@ private slots:
     void numbersFollowTheirRoundingPolicy();
     void durationsReadAsDaysHoursAndMinutes_data();
     void durationsReadAsDaysHoursAndMinutes();
-    void missingFilesAndFoldersGiveLittleOrNothing();
+    void missingFileGivesNothing();
 
 private:
     QTemporaryDir m_dir;
@@ -213,22 +213,12 @@ void tst_SpotlightHelper::durationsReadAsDaysHoursAndMinutes()
     QCOMPARE(ValueText::formatAsDaysAndHoursAndMinutes(seconds), expected);
 }
 
-void tst_SpotlightHelper::missingFilesAndFoldersGiveLittleOrNothing()
+void tst_SpotlightHelper::missingFileGivesNothing()
 {
     const QString missing = m_dir.filePath("no-such-file.jpg");
     QVERIFY(SpotlightHelper::shared().extract(missing).isEmpty());
     QCOMPARE(SpotlightHelper::shared().getContentCreateDate(missing), ValueText::distantPast());
     QCOMPARE(SpotlightHelper::shared().getItemCopyright(missing), std::nullopt);
-
-    // A folder is an item too, with a type and dates only.
-    QDir(m_dir.path()).mkdir("album.jpg");
-    const ExtractedValues values = SpotlightHelper::shared().extract(m_dir.filePath("album.jpg"));
-    QCOMPARE(stringOf(values, "contenttype"), "inode/directory");
-    for (const auto &value : values) {
-        QVERIFY2(value.key == QLatin1String("contenttype")
-                     || value.value.kind() == WrappedMetaDataValue::Kind::DateValue,
-                 qPrintable(value.key));
-    }
 }
 
 QTEST_GUILESS_MAIN(tst_SpotlightHelper)

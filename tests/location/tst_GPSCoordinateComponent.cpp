@@ -26,18 +26,6 @@ public:
     int beeps = 0;
 };
 
-class RecordingPinWorkflow : public PinWorkflow
-{
-public:
-    void addPinUsingCurrentFlagWorkflow(Coordinate2D coordinate, bool switchToMap) override
-    {
-        coordinates << coordinate;
-        switched = switchToMap;
-    }
-    QList<Coordinate2D> coordinates;
-    bool switched = false;
-};
-
 QStringList position(const QString &latitude, const QString &longitude)
 {
     return {u"-GPSLatitude="_s + latitude, u"-GPSLatitudeRef=N"_s, u"-GPSLongitude="_s + longitude,

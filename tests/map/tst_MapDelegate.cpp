@@ -20,14 +20,6 @@ namespace {
 
 const Coordinate2D zurich {47.3769, 8.5417};
 
-// Lets every block posted to the main queue so far run.
-bool drainMainQueue()
-{
-    bool reached = false;
-    MainQueue::post([&reached] { reached = true; });
-    return TestSupport::waitUntil([&reached] { return reached; });
-}
-
 } // namespace
 
 class tst_MapDelegate : public QObject
@@ -88,7 +80,7 @@ void tst_MapDelegate::init()
 
 void tst_MapDelegate::cleanup()
 {
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     m_delegate.reset();
     m_view.reset();
     m_model.reset();
@@ -163,7 +155,7 @@ void tst_MapDelegate::markersOfFilesReadByExifTool()
     for (const QString &path : {photo, movie, none})
         QVERIFY(Fixtures::readNode(path));
     m_delegate->uninstall();
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
 
     QMap<QString, Coordinate2D> places;
     for (const MapDelegate::Marker &marker : m_delegate->markers())
@@ -198,7 +190,7 @@ void tst_MapDelegate::aReReadReplacesOnlyItsOwnMarker()
     Pin pin {u"Pin 1"_s, 47.0, 8.0, {}, {}, {}, {}};
     m_model->_pins->setValue({pin});
     m_delegate->addPointAnnotation({47.0, 8.0, u"Zürich"_s, u"first.jpg"_s});
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     m_delegate->removeAllMediaFileMarkers();
     QCOMPARE(m_delegate->markerCount(), 0);
     QCOMPARE(m_delegate->pinMarkers().size(), 1);
@@ -240,7 +232,7 @@ void tst_MapDelegate::clicks()
     m_delegate->addMarker(m_files.photo(u"far.jpg"_s, 47.2, 8.9));
     m_model->_pins->setValue(
         {Pin {u"Pin 1"_s, 47.5, 8.3, {}, {}, {}, {}}, Pin {u"Pin 2"_s, 47.6, 8.7, {}, {}, {}, {}}});
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     m_model->setCurrentPinIndex(0);
     m_mode = mode;
 
@@ -305,7 +297,7 @@ void tst_MapDelegate::clusterTintsFollowTheSelection()
     QCOMPARE(tints(), (QList<MarkerTint> {MarkerTint::partlyOrange, MarkerTint::selectedBlue}));
     m_model->setSelectedNodes({a, b});
     QCOMPARE(tints(), (QList<MarkerTint> {MarkerTint::selectedBlue, MarkerTint::unselectedGray}));
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     // The view got the last scene.
     QCOMPARE(m_view->lastScene().sequence, m_delegate->scene().sequence);
 }
@@ -350,7 +342,7 @@ void tst_MapDelegate::selectionGuards()
     m_model->setSelectedNodes(selection);
     if (fromTable)
         MainQueue::post([this] { m_mainView.setSelectionChangedFromTable(false); });
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
 
     QTEST(m_view->cameraChanges(), "cameraChanges");
     QTEST(m_mainView.count(u"scrollToFirstSelectedItemIfNeeded"_s), "scrolls");
@@ -367,8 +359,8 @@ void tst_MapDelegate::pinsFollowTheModel()
         {Pin {u"Pin 1"_s, 47.5, 8.3, {}, {}, {}, {}}, Pin {u"Pin 2"_s, 47.6, 8.7, {}, {}, {}, {}}});
     m_model->setCurrentPinIndex(1);
     // The markers follow on the main queue, and select themselves once on the turn after.
-    QVERIFY(drainMainQueue());
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     QCOMPARE(m_delegate->pinMarkers().size(), 2);
     // Each new pin's marker is selected once, as a click would, which makes it current.
     QCOMPARE(m_model->currentPinIndex(), 1);
@@ -378,7 +370,7 @@ void tst_MapDelegate::pinsFollowTheModel()
     QCOMPARE(tints, (QList<MarkerTint> {MarkerTint::partlyOrange, MarkerTint::selectedBlue}));
 
     m_model->_pins->setValue({Pin {u"Moved"_s, 46.0, 7.0, {}, {}, {}, {}}});
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     QCOMPARE(m_delegate->pinMarkers().size(), 1);
     QCOMPARE(m_delegate->pinMarkers().first().title, u"Moved"_s);
     QCOMPARE(m_delegate->coordinateOf({AnnotationKind::pin, 0}),

@@ -3,9 +3,9 @@
 #include "map/HeadlessMapView.h"
 #include "map/MapDelegate.h"
 #include "map/MapOverlay.h"
-#include "platform/MainQueue.h"
 #include "session/DataModel.h"
 
+#include "RecordingDoubles.h"
 #include "TestSupport.h"
 
 #include <QTest>
@@ -15,17 +15,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const MapViewState startState {{47.0, 8.0}, 12.0, 800.0, 600.0};
-
-class RecordingPinWorkflow : public PinWorkflow
-{
-public:
-    void addPinUsingCurrentFlagWorkflow(Coordinate2D coordinate, bool switchToMap) override
-    {
-        coordinates << coordinate;
-        QVERIFY(!switchToMap);
-    }
-    QList<Coordinate2D> coordinates;
-};
 
 } // namespace
 
@@ -70,9 +59,7 @@ void tst_MapOverlay::init()
 
 void tst_MapOverlay::cleanup()
 {
-    bool reached = false;
-    MainQueue::post([&reached] { reached = true; });
-    QVERIFY(TestSupport::waitUntil([&reached] { return reached; }));
+    QVERIFY(TestSupport::drainMainQueue());
     m_overlay.reset();
     m_delegate.reset();
     m_view.reset();
@@ -242,6 +229,7 @@ void tst_MapOverlay::addPinGoesToTheWorkflow()
     m_overlay->mouseUp({100, 100});
     QCOMPARE(workflow.coordinates,
              QList<Coordinate2D> {MapGeometry::coordinateForPoint(startState, {100, 100})});
+    QVERIFY(!workflow.switched);
 }
 
 QTEST_GUILESS_MAIN(tst_MapOverlay)

@@ -1,9 +1,9 @@
+#include "Fixtures.h"
 #include "OutputFixture.h"
 #include "ReaderFixtures.h"
 #include "commons/ApplicationStart.h"
 #include "map/HeadlessMapView.h"
 #include "output/CSVOutputOperation.h"
-#include "platform/MainQueue.h"
 
 #include "TestSupport.h"
 
@@ -32,9 +32,6 @@ private:
         ~InstalledMap() { MapAnnotationSink::install(nullptr); }
         HeadlessMapView map;
     };
-    // Lets every block posted to the main queue so far run.
-    static bool drainMainQueue();
-
     OutputFixture m_files;
     int m_fileNumber = 0;
 };
@@ -42,13 +39,6 @@ private:
 void tst_CSVOutputOperation::initTestCase()
 {
     TestSupport::useTemporaryUserDefaults();
-}
-
-bool tst_CSVOutputOperation::drainMainQueue()
-{
-    bool reached = false;
-    MainQueue::post([&reached] { reached = true; });
-    return TestSupport::waitUntil([&reached] { return reached; });
 }
 
 void tst_CSVOutputOperation::annotations_data()
@@ -104,7 +94,7 @@ void tst_CSVOutputOperation::annotations()
     const HeadlessMapView &map = installed.map;
     CSVOutputOperation operation(DataModelSnapshot(), nullptr, OutputFixture::list({node}));
     operation.main();
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
 
     QFETCH(bool, placed);
     QCOMPARE(map.pointAnnotations().size(), placed ? 1 : 0);
@@ -164,16 +154,16 @@ void tst_CSVOutputOperation::runsOnTheEngineQueueAndMakesNoText()
     QVERIFY(TestSupport::waitUntil([&] { return engine->currentOutputString().has_value(); }));
     QCOMPARE(engine->currentOutputString(), std::optional(QString()));
     QCOMPARE(engine->currentFileCount(), std::optional(2));
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     QCOMPARE(map.pointAnnotations().size(), 1);
     QCOMPARE(map.pointAnnotations().first().latitude, 1.5);
     QCOMPARE(map.pointAnnotations().first().subtitle, placed->smartName);
 
     // A second pass replaces the markers of the first.
     engine->launchOutputOperation(snapshot, OutputFixture::list({placed}));
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     QVERIFY(TestSupport::waitUntil([&] { return engine->currentFileCount() == 1; }));
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     QCOMPARE(map.pointAnnotations().size(), 1);
 }
 
@@ -184,8 +174,8 @@ void tst_CSVOutputOperation::realPhotoReadByTheImageReader()
     const QString path = ReaderFixtures::jpegWithMetadata(dir.path(), u"IMG_7.jpg"_s);
     QVERIFY(!path.isEmpty());
     // A photo without any position beside it.
-    const QString plain = dir.filePath(u"plain.jpg"_s);
-    QVERIFY(ReaderFixtures::run(u"convert"_s, {u"-size"_s, u"8x8"_s, u"xc:gray"_s, plain}));
+    const QString plain = Fixtures::makeJpeg(dir.path(), u"plain.jpg"_s);
+    QVERIFY(!plain.isEmpty());
     const QList<NodePtr> nodes = {FileNode::create(u"IMG_7.jpg"_s, path, u"IMG_7.jpg"_s),
                                   FileNode::create(u"plain.jpg"_s, plain, u"plain.jpg"_s)};
 
@@ -193,7 +183,7 @@ void tst_CSVOutputOperation::realPhotoReadByTheImageReader()
     // The image reader's source has not been read: the pass reads it on its own thread.
     CSVOutputOperation operation(DataModelSnapshot(), nullptr, OutputFixture::list(nodes));
     operation.main();
-    QVERIFY(drainMainQueue());
+    QVERIFY(TestSupport::drainMainQueue());
     QCOMPARE(installed.map.pointAnnotations().size(), 1);
     const PointAnnotation &annotation = installed.map.pointAnnotations().first();
     QVERIFY(qAbs(annotation.latitude - 48.8584) < 1e-6);

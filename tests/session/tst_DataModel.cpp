@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class tst_DataModel : public QObject
 {
     Q_OBJECT
@@ -17,7 +19,6 @@ private slots:
     void wronglyTypedPreferencesReadAsTheDefaults();
     void persistedSettingsSurviveARestartButSortModesDoNot();
     void previewTabIndexFollowsBothSources();
-    void snapshotCopiesEverySetting();
     void sourceListRefusesListedPathsAndTheirContents();
     void columnMovesSurviveARestart();
 
@@ -27,16 +28,15 @@ private:
 
 void tst_DataModel::firstLaunchDefaults()
 {
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("first.json")));
+    UserDefaults defaults(m_dir.filePath(u"first.json"_s));
     DataModel model(defaults);
-    QCOMPARE(model.columnList.value(),
-             (QStringList {QStringLiteral("name"), QStringLiteral("absolute_path")}));
+    QCOMPARE(model.columnList.value(), (QStringList {u"name"_s, u"absolute_path"_s}));
     QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
     QVERIFY(model.sourceList.value().isEmpty());
     QCOMPARE(model.previewTabIndex->value(), 0);
-    QCOMPARE(model._stepperLabel->value(), QStringLiteral("Whatever"));
+    QCOMPARE(model._stepperLabel->value(), u"Whatever"_s);
     QCOMPARE(model._currentPinIndex->value(), -1);
-    QCOMPARE(model._currentPinName->value(), QStringLiteral("No Pin"));
+    QCOMPARE(model._currentPinName->value(), u"No Pin"_s);
     QCOMPARE(model.htmlIndentationMode->value(), 1);
     QCOMPARE(model.jsonDateFormatMode->value(), 1);
     QCOMPARE(model.infoPaneHeight->value(), 200.0);
@@ -54,7 +54,7 @@ void tst_DataModel::firstLaunchDefaults()
 // wrong type reads as its default.
 void tst_DataModel::wronglyTypedPreferencesReadAsTheDefaults()
 {
-    const QString path = m_dir.filePath(QStringLiteral("damaged.json"));
+    const QString path = m_dir.filePath(u"damaged.json"_s);
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(R"({"outputFormat": "banana", "processFiles": "yes", "previewMode": [3],
@@ -69,13 +69,13 @@ void tst_DataModel::wronglyTypedPreferencesReadAsTheDefaults()
     QCOMPARE(model.infoPaneHeight->value(), 200.0);
     QCOMPARE(model.quoteStrings->value(), true);
     QCOMPARE(model.jsonIndentationMode->value(), 1);
-    defaults.setObject(42, QStringLiteral("outputFormat")); // no such format
+    defaults.setObject(42, u"outputFormat"_s); // no such format
     QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::CSV);
 }
 
 void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
 {
-    const QString path = m_dir.filePath(QStringLiteral("restart.json"));
+    const QString path = m_dir.filePath(u"restart.json"_s);
     {
         UserDefaults defaults(path);
         DataModel model(defaults);
@@ -87,8 +87,8 @@ void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
     }
     UserDefaults defaults(path);
     // The historical spelling of the key is what is stored.
-    QCOMPARE(defaults.objectForKey(QStringLiteral("prodcessSubfolders")).toBool(), true);
-    QCOMPARE(defaults.objectForKey(QStringLiteral("outputFormat")).toInt(), 5);
+    QCOMPARE(defaults.objectForKey(u"prodcessSubfolders"_s).toBool(), true);
+    QCOMPARE(defaults.objectForKey(u"outputFormat"_s).toInt(), 5);
     DataModel model(defaults);
     QCOMPARE(model.outputFormat->value(), OutputFormatIndexEnum::JSON);
     QCOMPARE(model.infoPaneHeight->value(), 321.5);
@@ -97,7 +97,7 @@ void tst_DataModel::persistedSettingsSurviveARestartButSortModesDoNot()
 
 void tst_DataModel::previewTabIndexFollowsBothSources()
 {
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("tabs.json")));
+    UserDefaults defaults(m_dir.filePath(u"tabs.json"_s));
     DataModel model(defaults);
     QList<int> seen;
     model.previewTabIndex->addColdListener([&](int v) { seen << v; });
@@ -110,67 +110,46 @@ void tst_DataModel::previewTabIndexFollowsBothSources()
     QCOMPARE(seen, (QList<int> {0, 3, 1}));
 }
 
-void tst_DataModel::snapshotCopiesEverySetting()
-{
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("snapshot.json")));
-    DataModel model(defaults);
-    model.quoteStrings->setValue(false);
-    model.jsonIndentationMode->setValue(3);
-    model.setSecondSortMode(SortMode::sizeDescending);
-    model.columnList.add(QStringLiteral("City"));
-    const DataModelSnapshot snapshot = model.createSnapshot();
-    model.quoteStrings->setValue(true); // later changes do not reach a taken snapshot
-    QCOMPARE(snapshot.quoteStrings, false);
-    QCOMPARE(snapshot.jsonIndentationMode, 3);
-    QCOMPARE(snapshot.secondSortMode, SortMode::sizeDescending);
-    QCOMPARE(snapshot.columnList.last(), QStringLiteral("City"));
-    QCOMPARE(snapshot.htmlIndentationMode, 1);
-}
-
 void tst_DataModel::sourceListRefusesListedPathsAndTheirContents()
 {
     RecordingPresenter presenter;
     AlertPresenter::install(&presenter);
-    UserDefaults defaults(m_dir.filePath(QStringLiteral("sources.json")));
+    UserDefaults defaults(m_dir.filePath(u"sources.json"_s));
     DataModel model(defaults);
     model.waitingForData->setValue(false);
 
-    model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/other/file.jpg")}, true);
+    model.sourceList.add({u"/photos"_s, u"/other/file.jpg"_s}, true);
     QVERIFY(presenter.alerts.isEmpty());
     QVERIFY(model.waitingForData->value());
     // A folder twice, and a file inside a listed folder, are refused; the rest is added.
-    model.sourceList.add({QStringLiteral("/photos"), QStringLiteral("/photos/2020/a.jpg"),
-                          QStringLiteral("/other"), QStringLiteral("/photosbook")},
+    model.sourceList.add({u"/photos"_s, u"/photos/2020/a.jpg"_s, u"/other"_s, u"/photosbook"_s},
                          true);
     QCOMPARE(model.sourceList.value(),
-             (QStringList {QStringLiteral("/photos"), QStringLiteral("/other/file.jpg"),
-                           QStringLiteral("/other"), QStringLiteral("/photosbook")}));
+             (QStringList {u"/photos"_s, u"/other/file.jpg"_s, u"/other"_s, u"/photosbook"_s}));
     QCOMPARE(presenter.alerts.size(), 1);
-    QCOMPARE(presenter.alerts.first().title, QStringLiteral("Some files could not be added."));
-    QCOMPARE(presenter.alerts.first().buttons, QStringList {QStringLiteral("OK")});
+    QCOMPARE(presenter.alerts.first().title, u"Some files could not be added."_s);
+    QCOMPARE(presenter.alerts.first().buttons, QStringList {u"OK"_s});
     // Not interactive: refused silently.
-    model.sourceList.add({QStringLiteral("/photos")}, false);
+    model.sourceList.add({u"/photos"_s}, false);
     QCOMPARE(presenter.alerts.size(), 1);
     AlertPresenter::install(nullptr);
 }
 
 void tst_DataModel::columnMovesSurviveARestart()
 {
-    const QString path = m_dir.filePath(QStringLiteral("columns.json"));
+    const QString path = m_dir.filePath(u"columns.json"_s);
     {
         UserDefaults defaults(path);
         DataModel model(defaults);
-        model.columnList.add(QStringLiteral("City"));
-        model.columnList.add(QStringLiteral("Country"));
+        model.columnList.add(u"City"_s);
+        model.columnList.add(u"Country"_s);
         // name, absolute_path, City, Country: move City and Country to the top.
         model.columnList.move({2, 3}, 0);
         model.columnList.deleteAt(3);
     }
     UserDefaults defaults(path);
     DataModel model(defaults);
-    QCOMPARE(
-        model.columnList.value(),
-        (QStringList {QStringLiteral("City"), QStringLiteral("Country"), QStringLiteral("name")}));
+    QCOMPARE(model.columnList.value(), (QStringList {u"City"_s, u"Country"_s, u"name"_s}));
 }
 
 QTEST_GUILESS_MAIN(tst_DataModel)

@@ -10,6 +10,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void touch(const QString &path)
@@ -27,7 +29,7 @@ QStringList itemsOf(const FileScanner &scanner, const QString &root)
         QString path = node->absolutePath;
         if (path.startsWith(root + QLatin1Char('/')))
             path = path.mid(root.size() + 1);
-        items << path + QStringLiteral(" [") + node->relativePath + QLatin1Char(']');
+        items << path + u" ["_s + node->relativePath + QLatin1Char(']');
     }
     items.sort();
     return items;
@@ -52,62 +54,58 @@ void tst_FileScanner::hiddenItemsPackagesAndLinks()
 {
     QTemporaryDir dir;
     const QString root = dir.path();
-    touch(root + QStringLiteral("/a.jpg"));
-    touch(root + QStringLiteral("/.DS_Store"));
-    touch(root + QStringLiteral("/sub/.DS_Store"));
-    touch(root + QStringLiteral("/sub/b.jpg"));
+    touch(root + u"/a.jpg"_s);
+    touch(root + u"/.DS_Store"_s);
+    touch(root + u"/sub/.DS_Store"_s);
+    touch(root + u"/sub/b.jpg"_s);
     // The visible contents of a hidden folder are listed, though the folder itself is hidden.
-    touch(root + QStringLiteral("/.thumbs/a.jpg"));
-    touch(root + QStringLiteral("/Library.photoslibrary/database/photo.jpg"));
-    touch(root + QStringLiteral("/outside/target.jpg"));
-    QVERIFY(QFile::link(root + QStringLiteral("/outside"), root + QStringLiteral("/sub/linkdir")));
-    QVERIFY(QFile::link(root + QStringLiteral("/outside/target.jpg"),
-                        root + QStringLiteral("/sub/linkfile.jpg")));
-    QVERIFY(QFile::link(root + QStringLiteral("/nowhere"), root + QStringLiteral("/broken.jpg")));
+    touch(root + u"/.thumbs/a.jpg"_s);
+    touch(root + u"/Library.photoslibrary/database/photo.jpg"_s);
+    touch(root + u"/outside/target.jpg"_s);
+    QVERIFY(QFile::link(root + u"/outside"_s, root + u"/sub/linkdir"_s));
+    QVERIFY(QFile::link(root + u"/outside/target.jpg"_s, root + u"/sub/linkfile.jpg"_s));
+    QVERIFY(QFile::link(root + u"/nowhere"_s, root + u"/broken.jpg"_s));
     // A link that points at its own folder would loop if it were followed.
-    QVERIFY(QFile::link(root + QStringLiteral("/sub"), root + QStringLiteral("/sub/loop")));
+    QVERIFY(QFile::link(root + u"/sub"_s, root + u"/sub/loop"_s));
 
     FileScanner scanner;
     scanner.deepScan(root, IncludeFiles::Yes, IncludeFolders::No);
     QCOMPARE(itemsOf(scanner, root),
-             (QStringList {
-                 QStringLiteral(".thumbs/a.jpg [.thumbs]"),
-                 QStringLiteral("Library.photoslibrary []"), QStringLiteral("a.jpg []"),
-                 QStringLiteral("broken.jpg []"), QStringLiteral("outside/target.jpg [outside]"),
-                 QStringLiteral("sub/b.jpg [sub]"), QStringLiteral("sub/linkfile.jpg [sub]")}));
+             (QStringList {u".thumbs/a.jpg [.thumbs]"_s, u"Library.photoslibrary []"_s,
+                           u"a.jpg []"_s, u"broken.jpg []"_s, u"outside/target.jpg [outside]"_s,
+                           u"sub/b.jpg [sub]"_s, u"sub/linkfile.jpg [sub]"_s}));
     QCOMPARE(scanner.currentTotalItemsScanned.load(), 7);
     QVERIFY(!scanner.isSorting); // deepScan alone does not sort
 
     // With folders included, real and linked folders become items too.
     FileScanner withFolders;
-    withFolders.deepScan(root + QStringLiteral("/sub"), IncludeFiles::No, IncludeFolders::Yes);
-    QCOMPARE(itemsOf(withFolders, root + QStringLiteral("/sub")),
-             (QStringList {QStringLiteral("linkdir []"), QStringLiteral("loop []")}));
+    withFolders.deepScan(root + u"/sub"_s, IncludeFiles::No, IncludeFolders::Yes);
+    QCOMPARE(itemsOf(withFolders, root + u"/sub"_s), (QStringList {u"linkdir []"_s, u"loop []"_s}));
 }
 
 void tst_FileScanner::sourcesThatAreNotFolders()
 {
     QTemporaryDir dir;
     const QString root = dir.path();
-    touch(root + QStringLiteral("/pkg.app/Contents/x"));
-    touch(root + QStringLiteral("/f/inside.jpg"));
-    QDir().mkpath(root + QStringLiteral("/empty"));
+    touch(root + u"/pkg.app/Contents/x"_s);
+    touch(root + u"/f/inside.jpg"_s);
+    QDir().mkpath(root + u"/empty"_s);
 
     FileScanner scanner;
-    scanner.scanSource(root + QStringLiteral("/pkg.app"));
-    scanner.scanSource(root + QStringLiteral("/gone.jpg"));
-    scanner.scanSource(root + QStringLiteral("/f"));
-    scanner.scanSource(root + QStringLiteral("/f/inside.jpg"));
-    scanner.scanSource(root + QStringLiteral("/empty"));
+    scanner.scanSource(root + u"/pkg.app"_s);
+    scanner.scanSource(root + u"/gone.jpg"_s);
+    scanner.scanSource(root + u"/f"_s);
+    scanner.scanSource(root + u"/f/inside.jpg"_s);
+    scanner.scanSource(root + u"/empty"_s);
     QVERIFY(scanner.isSorting);
     // A package is one item, a vanished source stays as an item, and a file reachable through
     // two sources is listed twice.
     QCOMPARE(itemsOf(scanner, root),
-             (QStringList {QStringLiteral("f/inside.jpg []"), QStringLiteral("f/inside.jpg []"),
-                           QStringLiteral("gone.jpg []"), QStringLiteral("pkg.app []")}));
+             (QStringList {u"f/inside.jpg []"_s, u"f/inside.jpg []"_s, u"gone.jpg []"_s,
+                           u"pkg.app []"_s}));
 
     FileScanner empty;
-    empty.scanSource(root + QStringLiteral("/empty"));
+    empty.scanSource(root + u"/empty"_s);
     QCOMPARE(empty.currentTotalItemsScanned.load(), 0);
     QVERIFY(empty.flatFileList.files.isEmpty());
 }
@@ -116,10 +114,8 @@ void tst_FileScanner::oddNamesAndNaturalOrder()
 {
     QTemporaryDir dir;
     const QString root = dir.path();
-    const QStringList names {QStringLiteral("IMG 10 \"quoted\".jpg"),
-                             QStringLiteral("IMG 9 'x'.jpg"), QStringLiteral("line\nbreak.jpg"),
-                             QStringLiteral("Zürich 東京 Αθήνα.jpg"),
-                             QStringLiteral("IMG 100.jpg")};
+    const QStringList names {u"IMG 10 \"quoted\".jpg"_s, u"IMG 9 'x'.jpg"_s, u"line\nbreak.jpg"_s,
+                             u"Zürich 東京 Αθήνα.jpg"_s, u"IMG 100.jpg"_s};
     for (const QString &name : names)
         touch(root + QLatin1Char('/') + name);
     FileScanner scanner;
@@ -128,9 +124,8 @@ void tst_FileScanner::oddNamesAndNaturalOrder()
     for (const NodePtr &node : scanner.flatFileList.files)
         found << node->name;
     QCOMPARE(found,
-             (QStringList {QStringLiteral("IMG 9 'x'.jpg"), QStringLiteral("IMG 10 \"quoted\".jpg"),
-                           QStringLiteral("IMG 100.jpg"), QStringLiteral("line\nbreak.jpg"),
-                           QStringLiteral("Zürich 東京 Αθήνα.jpg")}));
+             (QStringList {u"IMG 9 'x'.jpg"_s, u"IMG 10 \"quoted\".jpg"_s, u"IMG 100.jpg"_s,
+                           u"line\nbreak.jpg"_s, u"Zürich 東京 Αθήνα.jpg"_s}));
     QVERIFY(QFileInfo::exists(scanner.flatFileList.files.at(4)->absolutePath));
 }
 
@@ -140,22 +135,22 @@ void tst_FileScanner::unreadableFolderYieldsWhatCanBeRead()
         QSKIP("running as root: permissions do not stop reading");
     QTemporaryDir dir;
     const QString root = dir.path();
-    touch(root + QStringLiteral("/ok.jpg"));
-    touch(root + QStringLiteral("/locked/secret.jpg"));
-    QFile::setPermissions(root + QStringLiteral("/locked"), QFileDevice::Permissions());
+    touch(root + u"/ok.jpg"_s);
+    touch(root + u"/locked/secret.jpg"_s);
+    QFile::setPermissions(root + u"/locked"_s, QFileDevice::Permissions());
     FileScanner scanner;
     scanner.scanSource(root);
-    QFile::setPermissions(root + QStringLiteral("/locked"),
+    QFile::setPermissions(root + u"/locked"_s,
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    QCOMPARE(itemsOf(scanner, root), QStringList {QStringLiteral("ok.jpg []")});
+    QCOMPARE(itemsOf(scanner, root), QStringList {u"ok.jpg []"_s});
 }
 
 void tst_FileScanner::walkedNodesMatchNodesMadeAlone_data()
 {
     QTest::addColumn<QString>("sourceSuffix");
     QTest::newRow("plain") << QString();
-    QTest::newRow("trailing slash") << QStringLiteral("/");
-    QTest::newRow("doubled slashes") << QStringLiteral("//");
+    QTest::newRow("trailing slash") << u"/"_s;
+    QTest::newRow("doubled slashes") << u"//"_s;
 }
 
 // The walk shares each folder's strings between its items and queues their reads folder by
@@ -165,11 +160,9 @@ void tst_FileScanner::walkedNodesMatchNodesMadeAlone()
     QFETCH(QString, sourceSuffix);
     QTemporaryDir dir;
     const QString root = dir.path();
-    touch(root + QStringLiteral("/top.jpg"));
-    for (const QString &folder : {QStringLiteral("/a"), QStringLiteral("/a/b"),
-                                  QStringLiteral("/a/.hidden"), QStringLiteral("/c d")}) {
-        for (const QString &name : {QStringLiteral("IMG_1.jpg"), QStringLiteral("x.tar.gz"),
-                                    QStringLiteral("noext"), QStringLiteral("v2.final.mov")})
+    touch(root + u"/top.jpg"_s);
+    for (const QString &folder : {u"/a"_s, u"/a/b"_s, u"/a/.hidden"_s, u"/c d"_s}) {
+        for (const QString &name : {u"IMG_1.jpg"_s, u"x.tar.gz"_s, u"noext"_s, u"v2.final.mov"_s})
             touch(root + folder + QLatin1Char('/') + name);
     }
 
@@ -189,7 +182,7 @@ void tst_FileScanner::walkedNodesMatchNodesMadeAlone()
         QCOMPARE(node->absoluteParentPath, alone->absoluteParentPath);
         QVERIFY2(QFileInfo::exists(at), qPrintable(at));
         QVERIFY2(MetadataStorage::shared().boolValueExistsAndIsTrue(
-                     at, QStringLiteral("retrieved"), MetadataSource::ExifToolGeneric),
+                     at, u"retrieved"_s, MetadataSource::ExifToolGeneric),
                  qPrintable(at));
     }
 }

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
 using namespace StringHelpers;
 
 namespace {
@@ -38,8 +39,8 @@ QStringList paths(const QList<NodePtr> &nodes)
 
 bool basicSourceRead(const NodePtr &node)
 {
-    return MetadataStorage::shared().boolValueExistsAndIsTrue(
-        node->absolutePath, QStringLiteral("retrieved"), MetadataSource::Basic);
+    return MetadataStorage::shared().boolValueExistsAndIsTrue(node->absolutePath, u"retrieved"_s,
+                                                              MetadataSource::Basic);
 }
 } // namespace
 
@@ -50,7 +51,6 @@ class tst_Node : public QObject
 private slots:
     void expandingNumberGroups_data();
     void expandingNumberGroups();
-    void encodedLineBreaks();
     void derivedFields_data();
     void derivedFields();
     void builtInKeysDifferBetweenDisplayAndSyncForms();
@@ -72,15 +72,12 @@ void tst_Node::expandingNumberGroups_data()
     const QString zeros31(31, QLatin1Char('0'));
     const QString zeros30(30, QLatin1Char('0'));
     QTest::newRow("empty") << QString() << QString();
-    QTest::newRow("letters only") << QStringLiteral("abc") << QStringLiteral("abc");
-    QTest::newRow("two runs") << QStringLiteral("a1b22")
-                              << QStringLiteral("a") + zeros31 + QStringLiteral("1b") + zeros30
-            + QStringLiteral("22");
+    QTest::newRow("letters only") << u"abc"_s << u"abc"_s;
+    QTest::newRow("two runs") << u"a1b22"_s << u"a"_s + zeros31 + u"1b"_s + zeros30 + u"22"_s;
     const QString forty(40, QLatin1Char('7'));
     QTest::newRow("long run stays") << forty << forty;
     // Arabic-Indic digits are numeric too.
-    QTest::newRow("non-ASCII digits")
-        << QStringLiteral("x\u0663") << QStringLiteral("x") + zeros31 + QStringLiteral("\u0663");
+    QTest::newRow("non-ASCII digits") << u"x\u0663"_s << u"x"_s + zeros31 + u"\u0663"_s;
 }
 
 void tst_Node::expandingNumberGroups()
@@ -88,15 +85,6 @@ void tst_Node::expandingNumberGroups()
     QFETCH(QString, input);
     QFETCH(QString, expected);
     QCOMPARE(stringByExpandingAllNumberGroups(input), expected);
-}
-
-void tst_Node::encodedLineBreaks()
-{
-    QCOMPARE(withEncodedLineBreaksAndTabs(QStringLiteral("a\nb\rc\td")),
-             QStringLiteral("a\\nb\\rc\\td"));
-    QCOMPARE(withEncodedLineBreaksAndTabs(QStringLiteral("plain")), QStringLiteral("plain"));
-    QCOMPARE(asCommaSeparatedString({QStringLiteral("a"), QStringLiteral("b")}),
-             QStringLiteral("a, b"));
 }
 
 void tst_Node::derivedFields_data()
@@ -107,16 +95,11 @@ void tst_Node::derivedFields_data()
     QTest::addColumn<QString>("parent");
     QTest::addColumn<QString>("parentPath");
     QTest::newRow("double extension")
-        << QStringLiteral("/p/q/archive.tar.gz") << QStringLiteral("archive.tar")
-        << QStringLiteral("archive") << QStringLiteral("q") << QStringLiteral("/p/q");
-    QTest::newRow("hidden") << QStringLiteral("/p/.hidden") << QStringLiteral(".hidden")
-                            << QString() << QStringLiteral("p") << QStringLiteral("/p");
-    QTest::newRow("no extension") << QStringLiteral("/p/README") << QStringLiteral("README")
-                                  << QStringLiteral("README") << QStringLiteral("p")
-                                  << QStringLiteral("/p");
-    QTest::newRow("at the root") << QStringLiteral("/a.jpg") << QStringLiteral("a")
-                                 << QStringLiteral("a") << QStringLiteral("/")
-                                 << QStringLiteral("/");
+        << u"/p/q/archive.tar.gz"_s << u"archive.tar"_s << u"archive"_s << u"q"_s << u"/p/q"_s;
+    QTest::newRow("hidden") << u"/p/.hidden"_s << u".hidden"_s << QString() << u"p"_s << u"/p"_s;
+    QTest::newRow("no extension") << u"/p/README"_s << u"README"_s << u"README"_s << u"p"_s
+                                  << u"/p"_s;
+    QTest::newRow("at the root") << u"/a.jpg"_s << u"a"_s << u"a"_s << u"/"_s << u"/"_s;
 }
 
 void tst_Node::derivedFields()
@@ -131,25 +114,20 @@ void tst_Node::derivedFields()
 
 void tst_Node::builtInKeysDifferBetweenDisplayAndSyncForms()
 {
-    const NodePtr node = FileNode::create(QStringLiteral("b.jpg"), QStringLiteral("/a/b.jpg"),
-                                          QStringLiteral("a"));
-    QCOMPARE(node->getDisplayString(QStringLiteral("full_path_name_length")).text(),
-             QStringLiteral("8"));
+    const NodePtr node = FileNode::create(u"b.jpg"_s, u"/a/b.jpg"_s, u"a"_s);
+    QCOMPARE(node->getDisplayString(u"full_path_name_length"_s).text(), u"8"_s);
     // The synchronous form goes through the integer row: every integer shows as a size.
-    QVERIFY(node->getStringValueSync(QStringLiteral("full_path_name_length"))
-            != QStringLiteral("8"));
+    QVERIFY(node->getStringValueSync(u"full_path_name_length"_s) != u"8"_s);
     // Spelled this way, the key answers a length, and only in the display form.
-    QCOMPARE(node->getDisplayString(QStringLiteral("absoluteParentPath")).text(),
-             QStringLiteral("2"));
-    QCOMPARE(node->getDisplayString(QStringLiteral("absolute_parent_path")).text(),
-             QStringLiteral("/a"));
-    QCOMPARE(node->getDisplayString(QStringLiteral("relative_path")).text(), QStringLiteral("a"));
-    QCOMPARE(node->getDisplayString(QStringLiteral("no such key")).kind(),
+    QCOMPARE(node->getDisplayString(u"absoluteParentPath"_s).text(), u"2"_s);
+    QCOMPARE(node->getDisplayString(u"absolute_parent_path"_s).text(), u"/a"_s);
+    QCOMPARE(node->getDisplayString(u"relative_path"_s).text(), u"a"_s);
+    QCOMPARE(node->getDisplayString(u"no such key"_s).kind(),
              DisplayStringWrapper::Kind::NotPresent);
-    QCOMPARE(node->getStringValueSync(QStringLiteral("no such key")), QStringLiteral("Null"));
-    QCOMPARE(node->getIntValueSync(QStringLiteral("no such key")), 0);
-    QCOMPARE(node->getDateValueSync(QStringLiteral("no such key")), Node::distantPast());
-    QCOMPARE(*node, *file(QStringLiteral("/a/b.jpg")));
+    QCOMPARE(node->getStringValueSync(u"no such key"_s), u"Null"_s);
+    QCOMPARE(node->getIntValueSync(u"no such key"_s), 0);
+    QCOMPARE(node->getDateValueSync(u"no such key"_s), Node::distantPast());
+    QCOMPARE(*node, *file(u"/a/b.jpg"_s));
 }
 
 void tst_Node::pathLengthsCountCharacters_data()
@@ -157,11 +135,11 @@ void tst_Node::pathLengthsCountCharacters_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<int>("pathLength");
     QTest::addColumn<int>("parentLength");
-    QTest::newRow("ASCII") << QStringLiteral("/a/b.jpg") << 8 << 2;
+    QTest::newRow("ASCII") << u"/a/b.jpg"_s << 8 << 2;
     // An accent written as its own code point belongs to its letter.
-    QTest::newRow("combining accent") << QStringLiteral("/e\u0301/b.jpg") << 8 << 2;
+    QTest::newRow("combining accent") << u"/e\u0301/b.jpg"_s << 8 << 2;
     // A flag is two code points and four UTF-16 units, and one character.
-    QTest::newRow("emoji") << QStringLiteral("/\U0001F1EB\U0001F1F7/x.jpg") << 8 << 2;
+    QTest::newRow("emoji") << u"/\U0001F1EB\U0001F1F7/x.jpg"_s << 8 << 2;
 }
 
 void tst_Node::pathLengthsCountCharacters()
@@ -170,12 +148,10 @@ void tst_Node::pathLengthsCountCharacters()
     const NodePtr node = FileNode::createWithoutRead(path.section(u'/', -1), path, {}, {});
     QFETCH(int, pathLength);
     QFETCH(int, parentLength);
-    QCOMPARE(node->getDisplayString(QStringLiteral("full_path_name_length")).text(),
+    QCOMPARE(node->getDisplayString(u"full_path_name_length"_s).text(),
              QString::number(pathLength));
-    QCOMPARE(node->getWrappedValueSync(QStringLiteral("full_path_name_length")).integerValue(),
-             pathLength);
-    QCOMPARE(node->getDisplayString(QStringLiteral("absoluteParentPath")).text(),
-             QString::number(parentLength));
+    QCOMPARE(node->getWrappedValueSync(u"full_path_name_length"_s).integerValue(), pathLength);
+    QCOMPARE(node->getDisplayString(u"absoluteParentPath"_s).text(), QString::number(parentLength));
 }
 
 void tst_Node::datesFollowTheLocale_data()
@@ -183,10 +159,9 @@ void tst_Node::datesFollowTheLocale_data()
     QTest::addColumn<QString>("locale");
     QTest::addColumn<QString>("expected");
     // Medium date and short time, in each locale's own order and words.
-    QTest::newRow("American English")
-        << QStringLiteral("en_US") << QStringLiteral("Jan 5, 2024, 3:04\u202FPM");
-    QTest::newRow("German") << QStringLiteral("de_DE") << QStringLiteral("05.01.2024, 15:04");
-    QTest::newRow("French") << QStringLiteral("fr_FR") << QStringLiteral("5 janv. 2024, 15:04");
+    QTest::newRow("American English") << u"en_US"_s << u"Jan 5, 2024, 3:04\u202FPM"_s;
+    QTest::newRow("German") << u"de_DE"_s << u"05.01.2024, 15:04"_s;
+    QTest::newRow("French") << u"fr_FR"_s << u"5 janv. 2024, 15:04"_s;
 }
 
 void tst_Node::datesFollowTheLocale()
@@ -201,14 +176,13 @@ void tst_Node::datesFollowTheLocale()
 
 void tst_Node::sortIsNaturalStableAndIgnoresSecondMode()
 {
-    FlatFileList list({file(QStringLiteral("/x/IMG12.jpg")), file(QStringLiteral("/y/IMG2.jpg")),
-                       file(QStringLiteral("/z/img2.jpg")), file(QStringLiteral("/w/IMG1.jpg"))});
+    FlatFileList list({file(u"/x/IMG12.jpg"_s), file(u"/y/IMG2.jpg"_s), file(u"/z/img2.jpg"_s),
+                       file(u"/w/IMG1.jpg"_s)});
     list.sort(SortMode::nameAndSequenceAscending, SortMode::absolutePathDescending);
     // IMG2 and img2 tie case-insensitively and keep their previous order whatever the second
     // mode says.
     QCOMPARE(names(list),
-             (QStringList {QStringLiteral("IMG1.jpg"), QStringLiteral("IMG2.jpg"),
-                           QStringLiteral("img2.jpg"), QStringLiteral("IMG12.jpg")}));
+             (QStringList {u"IMG1.jpg"_s, u"IMG2.jpg"_s, u"img2.jpg"_s, u"IMG12.jpg"_s}));
     // Sizes are all unknown here (0), so a size sort keeps the order as it was.
     const QStringList before = names(list);
     list.sort(SortMode::sizeAscending, SortMode::nameDescending);
@@ -217,8 +191,8 @@ void tst_Node::sortIsNaturalStableAndIgnoresSecondMode()
 
 void tst_Node::descendingInvertsAndNamesCompareCaseInsensitively()
 {
-    const NodePtr a = file(QStringLiteral("/b/apple"));
-    const NodePtr b = file(QStringLiteral("/a/Banana"));
+    const NodePtr a = file(u"/b/apple"_s);
+    const NodePtr b = file(u"/a/Banana"_s);
     QCOMPARE(Node::compare(*a, *b, SortMode::nameAscending), NodeComparisonResult::aBeforeB);
     QCOMPARE(Node::compare(*a, *b, SortMode::nameDescending), NodeComparisonResult::bBeforeA);
     // The path-and-sequence modes compare the names, not the paths.
@@ -244,14 +218,11 @@ void tst_Node::textSortsAgreeWithNodeCompare_data()
 void tst_Node::textSortsAgreeWithNodeCompare()
 {
     QFETCH(SortMode, mode);
-    const QStringList stems {QStringLiteral("IMG_"),        QStringLiteral("img_"),
-                             QStringLiteral("Img_"),        QStringLiteral("DSC"),
-                             QStringLiteral("\u00c4rger"),  QStringLiteral("\u00e4rger"),
-                             QStringLiteral("stra\u00dfe"), QStringLiteral("STRASSE"),
-                             QStringLiteral("\U0001F600"),  QStringLiteral("\uFF21")};
-    const QStringList numbers {QStringLiteral("1"),  QStringLiteral("2"), QStringLiteral("10"),
-                               QStringLiteral("02"), QStringLiteral(""),  QStringLiteral("\u0663")};
-    const QStringList extensions {QStringLiteral(".jpg"), QStringLiteral(".JPG"), QString()};
+    const QStringList stems {u"IMG_"_s,       u"img_"_s,       u"Img_"_s,        u"DSC"_s,
+                             u"\u00c4rger"_s, u"\u00e4rger"_s, u"stra\u00dfe"_s, u"STRASSE"_s,
+                             u"\U0001F600"_s, u"\uFF21"_s};
+    const QStringList numbers {u"1"_s, u"2"_s, u"10"_s, u"02"_s, u""_s, u"\u0663"_s};
+    const QStringList extensions {u".jpg"_s, u".JPG"_s, QString()};
     QRandomGenerator random(42);
     QList<NodePtr> nodes;
     // Some namesakes share their strings, as the scanner's do, and some have copies of their own.
@@ -260,7 +231,7 @@ void tst_Node::textSortsAgreeWithNodeCompare()
         const QString name = stems.at(random.bounded(stems.size()))
             + numbers.at(random.bounded(numbers.size()))
             + extensions.at(random.bounded(extensions.size()));
-        const QString folder = QStringLiteral("/f%1/").arg(random.bounded(4));
+        const QString folder = u"/f%1/"_s.arg(random.bounded(4));
         const NodePtr namesake = i % 2 ? firstOfName.value(name) : NodePtr();
         nodes << FileNode::createWithoutRead(name, folder + name, QString(),
                                              {nullptr, namesake.get()});
@@ -285,10 +256,10 @@ void tst_Node::tiesStillReadTheSecondModesSource()
         return FileNode::createWithoutRead(relative.section(QLatin1Char('/'), -1), path, QString(),
                                            {});
     };
-    const NodePtr alone = make(QStringLiteral("a/alone.jpg"));
-    const NodePtr first = make(QStringLiteral("a/same.jpg"));
-    const NodePtr second = make(QStringLiteral("b/same.jpg"));
-    const NodePtr third = make(QStringLiteral("c/SAME.jpg"));
+    const NodePtr alone = make(u"a/alone.jpg"_s);
+    const NodePtr first = make(u"a/same.jpg"_s);
+    const NodePtr second = make(u"b/same.jpg"_s);
+    const NodePtr third = make(u"c/SAME.jpg"_s);
     FlatFileList list({third, alone, first, second});
     list.sort(SortMode::nameAndSequenceAscending, SortMode::sizeAscending);
     QCOMPARE(list.files, (QList<NodePtr> {alone, third, first, second}));

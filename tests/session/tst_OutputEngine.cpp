@@ -13,6 +13,8 @@
 #include <atomic>
 #include <future>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // A minimal text format: the names of the list, one a line, in the list's order.
@@ -111,13 +113,14 @@ private slots:
     void secondSourceChangeCancelsTheFirst();
     void settingsBeforeFirstScanStartNothing();
     void stepperAndSortChangesResortWithoutRescanning();
-    void encodingModeStartsNoStage();
     void scanSettingChangedFromOutsideRescans();
     void statusLineTexts_data();
     void statusLineTexts();
 
 private:
     bool waitReady();
+    // Starts the engine on one of the folders and waits for its list of count files.
+    bool scan(const char *folder, qsizetype count);
     QStringList listedNames() const;
 
     QTemporaryDir m_dir;
@@ -131,14 +134,14 @@ void tst_OutputEngine::initTestCase()
 {
     TestSupport::useTemporaryUserDefaults();
     for (const char *name : {"b10.jpg", "b9.jpg", "a.jpg"})
-        touch(m_dir.filePath(QStringLiteral("one/") + QLatin1String(name)));
-    touch(m_dir.filePath(QStringLiteral("two/c.jpg")));
+        touch(m_dir.filePath(u"one/"_s + QLatin1String(name)));
+    touch(m_dir.filePath(u"two/c.jpg"_s));
 }
 
 void tst_OutputEngine::init()
 {
-    UserDefaults::standard().setObject(QStringList(), QStringLiteral("brisk_sources"));
-    UserDefaults::standard().setObject(1, QStringLiteral("outputFormat"));
+    UserDefaults::standard().setObject(QStringList(), u"brisk_sources"_s);
+    UserDefaults::standard().setObject(1, u"outputFormat"_s);
     m_model = std::make_unique<DataModel>();
     m_engine = OutputEngine::create(m_model.get());
     m_format = std::make_shared<NamesFormat>();
@@ -158,6 +161,13 @@ bool tst_OutputEngine::waitReady()
 {
     return TestSupport::waitUntil(
         [&] { return !m_engine || m_engine->queue().operationCount() == 0; });
+}
+
+bool tst_OutputEngine::scan(const char *folder, qsizetype count)
+{
+    m_engine->startListening();
+    m_model->sourceList.add({m_dir.filePath(QLatin1String(folder))}, false);
+    return TestSupport::waitUntil([&] { return listedNames().size() == count; }) && waitReady();
 }
 
 QStringList tst_OutputEngine::listedNames() const
@@ -188,14 +198,11 @@ void tst_OutputEngine::scanSortAndFormatChainAndPublish()
     std::atomic_int completions = 0;
     m_engine->outputCompletePublisher->addColdListener([&](bool v) { completions += v ? 1 : 0; });
     m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"one"_s)}, false);
     QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 3 && completions >= 1; }));
     QVERIFY(waitReady());
-    QCOMPARE(listedNames(),
-             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
-                           QStringLiteral("b10.jpg")}));
-    QCOMPARE(m_engine->currentOutputString(),
-             std::optional<QString>(QStringLiteral("a.jpg\nb9.jpg\nb10.jpg")));
+    QCOMPARE(listedNames(), (QStringList {u"a.jpg"_s, u"b9.jpg"_s, u"b10.jpg"_s}));
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(u"a.jpg\nb9.jpg\nb10.jpg"_s));
     QVERIFY(TestSupport::waitUntil([&] { return m_table->shown.size() == 3; }));
     QVERIFY(m_table->updates >= 1);
     QVERIFY(m_model->waitingForData->value());
@@ -208,26 +215,25 @@ void tst_OutputEngine::secondSourceChangeCancelsTheFirst()
     // The queue is held while the sources change twice, so the first scan is still waiting
     // when the second change comes: it must be cancelled and never reach the table.
     std::promise<void> release = holdQueue(*m_engine);
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"one"_s)}, false);
     m_model->sourceList.deleteAt(0);
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"two"_s)}, false);
     release.set_value();
-    QVERIFY(TestSupport::waitUntil(
-        [&] { return listedNames() == QStringList {QStringLiteral("c.jpg")}; }));
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames() == QStringList {u"c.jpg"_s}; }));
     QVERIFY(waitReady());
     for (const QList<NodePtr> &shown : std::as_const(m_table->history)) {
         for (const NodePtr &node : shown)
-            QVERIFY2(node->name == QStringLiteral("c.jpg"), qPrintable(node->name));
+            QVERIFY2(node->name == u"c.jpg"_s, qPrintable(node->name));
     }
-    QCOMPARE(listedNames(), QStringList {QStringLiteral("c.jpg")});
-    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(QStringLiteral("c.jpg")));
+    QCOMPARE(listedNames(), QStringList {u"c.jpg"_s});
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(u"c.jpg"_s));
 }
 
 void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
 {
     // The first scan waits behind a held queue: until it has finished there is no list, so sort,
     // stepper and output changes start no stage, and the scan's own settings give the result.
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
+    m_model->sourceList.add({m_dir.filePath(u"one"_s)}, false);
     std::promise<void> release = holdQueue(*m_engine);
     m_engine->startListening();
     const int queued = m_engine->queue().operationCount();
@@ -241,66 +247,36 @@ void tst_OutputEngine::settingsBeforeFirstScanStartNothing()
     release.set_value();
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->currentOutputString().has_value(); }));
     QVERIFY(waitReady());
-    QCOMPARE(listedNames(),
-             (QStringList {QStringLiteral("a.jpg"), QStringLiteral("b9.jpg"),
-                           QStringLiteral("b10.jpg")}));
+    QCOMPARE(listedNames(), (QStringList {u"a.jpg"_s, u"b9.jpg"_s, u"b10.jpg"_s}));
     QCOMPARE(m_format->operationsMade.load(), 1);
 }
 
 void tst_OutputEngine::stepperAndSortChangesResortWithoutRescanning()
 {
-    m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("one"))}, false);
-    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 3; }));
-    QVERIFY(waitReady());
+    QVERIFY(scan("one", 3));
     const FlatFileListPtr first = m_engine->flatFileList();
 
     m_model->setFirstSortMode(SortMode::nameAndSequenceDescending);
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != first; }));
     QVERIFY(waitReady());
-    QCOMPARE(listedNames(),
-             (QStringList {QStringLiteral("b10.jpg"), QStringLiteral("b9.jpg"),
-                           QStringLiteral("a.jpg")}));
+    QCOMPARE(listedNames(), (QStringList {u"b10.jpg"_s, u"b9.jpg"_s, u"a.jpg"_s}));
     // The same nodes, and the old list untouched for whoever still reads it.
     QCOMPARE(m_engine->flatFileList()->files.last(), first->files.first());
-    QCOMPARE(first->files.first()->name, QStringLiteral("a.jpg"));
-    QCOMPARE(m_engine->currentOutputString(),
-             std::optional<QString>(QStringLiteral("b10.jpg\nb9.jpg\na.jpg")));
+    QCOMPARE(first->files.first()->name, u"a.jpg"_s);
+    QCOMPARE(m_engine->currentOutputString(), std::optional<QString>(u"b10.jpg\nb9.jpg\na.jpg"_s));
 
     // Stepper inactive puts the natural name order back, whatever was chosen.
     m_model->setStepperMode(StepperMode::inactive);
     QCOMPARE(m_model->firstSortMode(), SortMode::nameAndSequenceAscending);
-    QVERIFY(
-        TestSupport::waitUntil([&] { return listedNames().first() == QStringLiteral("a.jpg"); }));
+    QVERIFY(TestSupport::waitUntil([&] { return listedNames().first() == u"a.jpg"_s; }));
     QVERIFY(waitReady());
-}
-
-void tst_OutputEngine::encodingModeStartsNoStage()
-{
-    m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
-    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 1; }));
-    QVERIFY(waitReady());
-    const int made = m_format->operationsMade;
-    m_model->encodingMode->setValue(2);
-    QCOMPARE(m_engine->queue().operationCount(), 0);
-    QCOMPARE(int(m_format->operationsMade), made);
-    // Any other output setting re-formats without a rescan.
-    const FlatFileListPtr list = m_engine->flatFileList();
-    m_model->nullValuesMode->setValue(1);
-    QVERIFY(TestSupport::waitUntil([&] { return m_format->operationsMade == made + 1; }));
-    QVERIFY(waitReady());
-    QCOMPARE(m_engine->flatFileList(), list);
 }
 
 void tst_OutputEngine::scanSettingChangedFromOutsideRescans()
 {
-    m_engine->startListening();
-    m_model->sourceList.add({m_dir.filePath(QStringLiteral("two"))}, false);
-    QVERIFY(TestSupport::waitUntil([&] { return listedNames().size() == 1; }));
-    QVERIFY(waitReady());
+    QVERIFY(scan("two", 1));
     const FlatFileListPtr list = m_engine->flatFileList();
-    UserDefaults::standard().setObject(true, QStringLiteral("prodcessSubfolders"));
+    UserDefaults::standard().setObject(true, u"prodcessSubfolders"_s);
     QVERIFY(TestSupport::waitUntil([&] { return m_engine->flatFileList() != list; }));
     // A rescan makes new nodes for the same files.
     QVERIFY(m_engine->flatFileList()->files.first() != list->files.first());
@@ -315,20 +291,19 @@ void tst_OutputEngine::statusLineTexts_data()
     QTest::addColumn<bool>("writing");
     QTest::addColumn<int>("secondsSinceReference");
     QTest::addColumn<QString>("expected");
-    const QString tail = QStringLiteral(" (40 items | 2 selected | 7 metadata items). ");
+    const QString tail = u" (40 items | 2 selected | 7 metadata items). "_s;
     QTest::newRow("scanning") << int(OutputOperationTypeEnum::scanning) << false << false << 0
-                              << QStringLiteral("12 items scanned...") + tail;
+                              << u"12 items scanned..."_s + tail;
     QTest::newRow("sorting, second 0") << int(OutputOperationTypeEnum::scanning) << true << false
-                                       << 0 << QStringLiteral("Sorting items.") + tail;
-    QTest::newRow("resorting, second 3")
-        << int(OutputOperationTypeEnum::resorting) << false << false << 7
-        << QStringLiteral("Sorting items....") + tail;
+                                       << 0 << u"Sorting items."_s + tail;
+    QTest::newRow("resorting, second 3") << int(OutputOperationTypeEnum::resorting) << false
+                                         << false << 7 << u"Sorting items...."_s + tail;
     QTest::newRow("computing") << int(OutputOperationTypeEnum::computingOutput) << false << false
-                               << 0 << QStringLiteral("Computing output (12/30)...") + tail;
+                               << 0 << u"Computing output (12/30)..."_s + tail;
     QTest::newRow("writing") << int(OutputOperationTypeEnum::ready) << false << true << 0
-                             << QStringLiteral("Writing 5 of 9...") + tail;
+                             << u"Writing 5 of 9..."_s + tail;
     QTest::newRow("ready") << int(OutputOperationTypeEnum::ready) << false << false << 0
-                           << QStringLiteral("Ready.") + tail;
+                           << u"Ready."_s + tail;
 }
 
 void tst_OutputEngine::statusLineTexts()

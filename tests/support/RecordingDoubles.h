@@ -1,5 +1,6 @@
 #pragma once
 
+#include "location/GPSCoordinateComponent.h"
 #include "platform/AlertPresenter.h"
 #include "platform/ClipboardWriter.h"
 #include "session/MainContentViewing.h"
@@ -37,6 +38,19 @@ public:
     }
     QList<ClipboardContent> written;
     QStringList texts;
+};
+
+// Records the pins asked for, and whether the map was to be shown for the last one.
+class RecordingPinWorkflow : public PinWorkflow
+{
+public:
+    void addPinUsingCurrentFlagWorkflow(Coordinate2D coordinate, bool switchToMap) override
+    {
+        coordinates << coordinate;
+        switched = switchToMap;
+    }
+    QList<Coordinate2D> coordinates;
+    bool switched = false;
 };
 
 // Records what the window's pieces ask of the main view, in order, with the origin flag as it

@@ -1,6 +1,9 @@
 #include "TestSupport.h"
 
+#include "metadata/DataCoordinator.h"
+#include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
+#include "writing/WriteEngine.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -30,6 +33,22 @@ bool waitUntil(const std::function<bool()> &predicate, int timeoutMs)
         QTest::qSleep(1);
     }
     return true;
+}
+
+bool drainMainQueue()
+{
+    auto reached = std::make_shared<bool>(false);
+    MainQueue::post([reached] { *reached = true; });
+    return waitUntil([reached] { return *reached; });
+}
+
+bool waitForWrites(int timeoutMs)
+{
+    const bool idle
+        = waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); }, timeoutMs);
+    QTest::qWait(50);
+    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
+    return idle;
 }
 
 QByteArray standardErrorOf(const std::function<void()> &work)

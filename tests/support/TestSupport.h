@@ -17,6 +17,13 @@ void useTemporaryUserDefaults();
 // Spins the event loop until the predicate holds or the timeout passes; returns the predicate.
 bool waitUntil(const std::function<bool()> &predicate, int timeoutMs = 10000);
 
+// Lets every block posted to the main queue so far run.
+bool drainMainQueue();
+
+// Waits until the write engine has nothing pending, its last batch's end has reached the main
+// thread, and the written files have been read anew.
+bool waitForWrites(int timeoutMs = 120000);
+
 // Runs this test program again with the environment variable set, for a scenario that must stop
 // it with a failure; answers what it wrote to standard error, or a note saying it did not stop.
 QByteArray standardErrorOfFailingRun(const QString &variable, const QString &value);

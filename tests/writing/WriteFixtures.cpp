@@ -119,13 +119,6 @@ const QStringList &writableFixtureTypes()
     return types;
 }
 
-const QStringList &unwritableFixtureTypes()
-{
-    static const QStringList types
-        = {u"ppm"_s, u"mp3"_s, u"wav"_s, u"flac"_s, u"ogg"_s, u"mkv"_s, u"avi"_s, u"aiff"_s};
-    return types;
-}
-
 QString makeFixture(const QString &path, IptcText iptcText)
 {
     const QString extension = QFileInfo(path).suffix().toLower();

@@ -37,10 +37,8 @@ enum class IptcText { Latin1, DeclaredUtf8, UndeclaredMixed };
 // iptcText says. Returns an empty text on success, else what went wrong.
 QString makeFixture(const QString &path, IptcText iptcText = IptcText::Latin1);
 
-// The extensions of the fixtures that can hold a position and place names, and of those that
-// can hold neither or can't be written at all.
+// The extensions of the fixtures that can hold a position and place names.
 const QStringList &writableFixtureTypes();
-const QStringList &unwritableFixtureTypes();
 
 // An uncompressed 8-bit RGB TIFF of kilopixels thousand pixels, three bytes each.
 QString makeLargeFixture(const QString &path, int kilopixels);

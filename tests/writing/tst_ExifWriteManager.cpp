@@ -153,9 +153,6 @@ private slots:
     void writeWithoutRootRights_data();
     void writeWithoutRootRights();
 
-    void argumentsCarryValuesInBase64_data();
-    void argumentsCarryValuesInBase64();
-
     void parseExifToolError_data();
     void parseExifToolError();
 
@@ -788,36 +785,6 @@ void tst_ExifWriteManager::writeWithoutRootRights()
     }
     QCOMPARE(entriesOf(directory), (QStringList {u".journal"_s, u"photo.jpg"_s}));
     QVERIFY(QDir(journal).isEmpty());
-}
-
-void tst_ExifWriteManager::argumentsCarryValuesInBase64_data()
-{
-    QTest::addColumn<QStringList>("pairs");
-
-    QTest::newRow("no pairs") << QStringList {};
-    QTest::newRow("line feed and non-ASCII")
-        << QStringList {u"XMP-dc:Description"_s, u"Zeile 1\nZeile 2 – 東京"_s, u"City"_s, u""_s};
-}
-
-void tst_ExifWriteManager::argumentsCarryValuesInBase64()
-{
-    QFETCH(QStringList, pairs);
-
-    const QString path = u"/photos/a b/ünï.jpg"_s;
-    const QString destination = u"/photos/a b/.ünï.jpg.new"_s;
-    const QList<QByteArray> arguments = ExifWriteManager::workerArguments(path, destination, pairs);
-    QCOMPARE(arguments.size(), pairs.size() + 2);
-    QCOMPARE(QFile::decodeName(arguments[0]), path);
-    QCOMPARE(QFile::decodeName(arguments[1]), destination);
-    for (qsizetype i = 0; i < pairs.size(); i += 2) {
-        QCOMPARE(QString::fromUtf8(arguments[i + 2]), pairs[i]);
-        const QByteArray encoded = arguments[i + 3];
-        QVERIFY(!encoded.contains('\n'));
-        const auto decoded
-            = QByteArray::fromBase64Encoding(encoded, QByteArray::AbortOnBase64DecodingErrors);
-        QVERIFY(decoded);
-        QCOMPARE(QString::fromUtf8(*decoded), pairs[i + 1]);
-    }
 }
 
 void tst_ExifWriteManager::parseExifToolError_data()

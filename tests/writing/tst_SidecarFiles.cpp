@@ -35,7 +35,6 @@ private slots:
 
 private:
     QString touch(const QString &name);
-    bool waitUntilIdle();
 
     QTemporaryDir m_directory;
 };
@@ -54,15 +53,6 @@ QString tst_SidecarFiles::touch(const QString &name)
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
     return file.open(QIODevice::WriteOnly) ? path : QString();
-}
-
-bool tst_SidecarFiles::waitUntilIdle()
-{
-    const bool idle
-        = TestSupport::waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); }, 120000);
-    QTest::qWait(50);
-    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
-    return idle;
 }
 
 void tst_SidecarFiles::naming_data()
@@ -178,7 +168,7 @@ void tst_SidecarFiles::writingTheSidecarLeavesTheRawAlone()
          FileNode::create(name, raw, name),
          {}});
     WriteEngine::shared().flushImmediately();
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 
     QCOMPARE(WriteFixtures::fileHash(raw), rawBytes);
     const QJsonObject values = WriteFixtures::numericValues(targets.first());
@@ -189,11 +179,11 @@ void tst_SidecarFiles::writingTheSidecarLeavesTheRawAlone()
 
     // The sidecar was made by the write, so undoing the write removes it.
     QVERIFY(UndoManager::shared().undo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QVERIFY(!QFileInfo::exists(targets.first()));
     QCOMPARE(WriteFixtures::fileHash(raw), rawBytes);
     QVERIFY(UndoManager::shared().redo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QCOMPARE(WriteFixtures::numericValues(targets.first()).value(u"XMP-photoshop:City"_s),
              u"Sydney"_s);
 }

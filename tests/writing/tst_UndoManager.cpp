@@ -76,7 +76,6 @@ private:
     QString fixture(const QString &name,
                     WriteFixtures::IptcText text = WriteFixtures::IptcText::Latin1);
     void write(const QList<std::pair<QString, QStringList>> &edits);
-    bool waitUntilIdle();
 
     QTemporaryDir m_directory;
     RecordingPresenter m_presenter;
@@ -120,15 +119,6 @@ void tst_UndoManager::write(const QList<std::pair<QString, QStringList>> &edits)
     WriteEngine::shared().flushImmediately();
 }
 
-bool tst_UndoManager::waitUntilIdle()
-{
-    const bool idle
-        = TestSupport::waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); }, 120000);
-    QTest::qWait(50);
-    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
-    return idle;
-}
-
 void tst_UndoManager::undoAndRedoRestoreEveryTag()
 {
     // Every type Palomet writes, and IPTC text that the write must declare UTF-8 and store again.
@@ -154,7 +144,7 @@ void tst_UndoManager::undoAndRedoRestoreEveryTag()
     for (const auto &edit : std::as_const(edits))
         before.insert(edit.first, dump(edit.first));
     write(edits);
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QMap<QString, WriteFixtures::MetadataDump> after;
     for (const auto &edit : std::as_const(edits)) {
         after.insert(edit.first, dump(edit.first));
@@ -167,7 +157,7 @@ void tst_UndoManager::undoAndRedoRestoreEveryTag()
     QCOMPARE(manager.undoTitle().value(),
              u"Undo GPS, City, Country and Sub-location on "_s + files);
     QVERIFY(manager.undo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     for (const auto &edit : std::as_const(edits)) {
         const WriteFixtures::MetadataDump now = dump(edit.first);
         QVERIFY2(now == before.value(edit.first),
@@ -179,7 +169,7 @@ void tst_UndoManager::undoAndRedoRestoreEveryTag()
     QVERIFY(!manager.canUndo().value() || manager.undoTitle().value() != u"Undo"_s);
 
     QVERIFY(manager.redo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     for (const auto &edit : std::as_const(edits)) {
         const WriteFixtures::MetadataDump now = dump(edit.first);
         QVERIFY2(now == after.value(edit.first),
@@ -188,7 +178,7 @@ void tst_UndoManager::undoAndRedoRestoreEveryTag()
     QVERIFY(!manager.canRedo().value());
     // Undone once more, from what the redo recorded.
     QVERIFY(manager.undo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     for (const auto &edit : std::as_const(edits))
         QCOMPARE(dump(edit.first), before.value(edit.first));
     QVERIFY(m_presenter.alerts.isEmpty());
@@ -200,7 +190,7 @@ void tst_UndoManager::undoAfterRestart()
     QVERIFY(!path.isEmpty());
     const WriteFixtures::MetadataDump before = dump(path);
     write({{path, {u"City"_s, u"Bern"_s}}});
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 
     // A new run knows only what the file holds.
     UndoJournal::shared().disable();
@@ -210,7 +200,7 @@ void tst_UndoManager::undoAfterRestart()
     UndoManager::shared().refresh();
     QCOMPARE(UndoManager::shared().undoTitle().value(), u"Undo City on 1 File"_s);
     QVERIFY(UndoManager::shared().undo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QCOMPARE(dump(path), before);
 }
 
@@ -226,7 +216,7 @@ void tst_UndoManager::fileChangedOutsideIsSkippedAndNamed()
     const WriteFixtures::MetadataDump firstBefore = dump(paths.first());
     const WriteFixtures::MetadataDump lastBefore = dump(paths.last());
     write(edits);
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 
     // Another program writes the file: its modification time is put back, its change time moves.
     const timespec modified = WriteFixtures::modificationTime(paths.at(1));
@@ -239,7 +229,7 @@ void tst_UndoManager::fileChangedOutsideIsSkippedAndNamed()
 
     QStringList skipped;
     QVERIFY(UndoManager::shared().undo(&skipped));
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QCOMPARE(skipped, QStringList {paths.at(1)});
     QCOMPARE(m_presenter.alerts.size(), 1);
     QCOMPARE(m_presenter.alerts.first().title, u"A file was changed outside Palomet"_s);
@@ -261,7 +251,7 @@ void tst_UndoManager::journalStaysWithinItsBound()
     QList<quint64> ids;
     for (int round = 0; round < 6; ++round) {
         write({{path, {u"City"_s, u"City number %1 with a long name"_s.arg(round)}}});
-        QVERIFY(waitUntilIdle());
+        QVERIFY(TestSupport::waitForWrites());
         ids << journal.undoable()->id;
         QVERIFY2(journal.fileSize() <= bound, qPrintable(QString::number(journal.fileSize())));
     }
@@ -271,7 +261,7 @@ void tst_UndoManager::journalStaysWithinItsBound()
     QCOMPARE(kept.last().id, ids.last());
     QVERIFY(kept.first().id > ids.first());
     QVERIFY(UndoManager::shared().undo());
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QCOMPARE(WriteFixtures::numericValues(path).value(u"IPTC:City"_s).toString(),
              u"City number 4 with a long name"_s);
 

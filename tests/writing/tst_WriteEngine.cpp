@@ -75,7 +75,6 @@ private slots:
 private:
     QString copyOfJpeg(const QString &name);
     void enqueue(const QString &path, const QStringList &pairs, const Outcomes &outcomes);
-    bool waitUntilIdle();
 
     QString m_jpeg;
     QTemporaryDir m_directory;
@@ -115,7 +114,7 @@ void tst_WriteEngine::init()
 
 void tst_WriteEngine::cleanup()
 {
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 }
 
 QString tst_WriteEngine::copyOfJpeg(const QString &name)
@@ -132,17 +131,6 @@ void tst_WriteEngine::enqueue(const QString &path, const QStringList &pairs,
              outcomes->append(
                  {name, success, WriteEngine::shared().createViewModel().totalFileCount});
          }});
-}
-
-// Idle, and the main queue drained of the last batch's end and alert.
-bool tst_WriteEngine::waitUntilIdle()
-{
-    const bool idle
-        = TestSupport::waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); }, 60000);
-    QTest::qWait(50);
-    // The written files are read anew in the background.
-    DataCoordinator::shared().queue().waitUntilAllOperationsAreFinished();
-    return idle;
 }
 
 void tst_WriteEngine::merge_data()
@@ -216,7 +204,7 @@ void tst_WriteEngine::consolidatesInFirstArrivalOrder()
     enqueue(c, {u"City"_s, u"Oslo"_s}, outcomes);
     enqueue(a, {u"City"_s, u"Lyon"_s}, outcomes);
     QVERIFY(TestSupport::waitUntil([&] { return outcomes->size() == 5; }, 30000));
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 
     const QList<Outcome> expected = {{u"a.jpg"_s, true, 3},
                                      {u"a.jpg"_s, true, 3},
@@ -292,7 +280,7 @@ void tst_WriteEngine::blockedFileWaitsAndJoinsLaterEdits()
              (QList<Outcome> {{u"held.jpg"_s, true, 1}, {u"held.jpg"_s, true, 1}}));
     QCOMPARE(iptc(held, u"City"_s), u"Bern"_s);
     QCOMPARE(country(held), u"Schweiz"_s);
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 }
 
 void tst_WriteEngine::failuresGiveOneAlert_data()
@@ -321,7 +309,7 @@ void tst_WriteEngine::failuresGiveOneAlert()
         enqueue(path, {u"City"_s, u"Gent"_s}, outcomes);
     QVERIFY(TestSupport::waitUntil([&] { return outcomes->size() == failureCount + 2; }, 30000));
     QVERIFY(TestSupport::waitUntil([&] { return !m_presenter.alerts.isEmpty(); }));
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 
     QCOMPARE(iptc(first, u"City"_s), u"Gent"_s);
     QCOMPARE(iptc(last, u"City"_s), u"Gent"_s);
@@ -365,7 +353,7 @@ void tst_WriteEngine::failuresGiveOneAlert()
     m_presenter.alerts.clear();
     enqueue(first, {u"City"_s, u"Brugge"_s}, outcomes);
     QVERIFY(TestSupport::waitUntil([&] { return outcomes->size() == failureCount + 3; }, 30000));
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QVERIFY(m_presenter.alerts.isEmpty());
 }
 
@@ -404,7 +392,7 @@ void tst_WriteEngine::viewModelFollowsTheBatch()
     QVERIFY(std::is_sorted(indexes.cbegin(), indexes.cend()));
     // Each write takes a worker's start-up, long enough to be seen.
     QCOMPARE(pathsSeen.size(), 3);
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
 
     const WriteEngineViewModel idle = WriteEngine::shared().createViewModel();
     QCOMPARE(idle.isActive, false);
@@ -459,13 +447,13 @@ void tst_WriteEngine::writeWorkerIsKeptWhileWritesCome()
     engine.setWriteWorkerIdleDelay(std::chrono::seconds(2));
     auto outcomes = std::make_shared<QList<Outcome>>();
     enqueue(copyOfJpeg(u"kept-a.jpg"_s), {u"City"_s, u"Oslo"_s}, outcomes);
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QVERIFY(engine.hasWriteWorker());
     const pid_t pid = engine.writeWorker()->processIdentifier();
     QVERIFY(pid > 0);
 
     enqueue(copyOfJpeg(u"kept-b.jpg"_s), {u"City"_s, u"Bergen"_s}, outcomes);
-    QVERIFY(waitUntilIdle());
+    QVERIFY(TestSupport::waitForWrites());
     QCOMPARE(engine.writeWorker()->processIdentifier(), pid);
     QCOMPARE(outcomes->size(), 2);
 

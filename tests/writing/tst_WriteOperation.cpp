@@ -19,9 +19,6 @@ using namespace WriteTestDoubles;
 
 namespace {
 
-// Stands for a stale value that only a re-read replaces.
-constexpr qint64 staleSize = -5;
-
 qint64 storedSize(const QString &path)
 {
     // A written file is read anew in the background.
@@ -38,7 +35,6 @@ class tst_WriteOperation : public QObject
 private slots:
     void initTestCase();
     void cleanupTestCase();
-    void failureInTheMiddle();
     void resultsWithoutEngine();
 
 private:
@@ -66,62 +62,6 @@ void tst_WriteOperation::cleanupTestCase()
 QString tst_WriteOperation::copyOfJpeg(const QString &name)
 {
     return freshCopy(m_jpeg, m_directory.filePath(name));
-}
-
-// The second of three fails: the others are re-read, the failure reaches the alert once, and
-// every file's handlers hear their own result in batch order.
-void tst_WriteOperation::failureInTheMiddle()
-{
-    const QString first = copyOfJpeg(u"first.jpg"_s);
-    const QString unwritable = m_directory.filePath(u"sound.wav"_s);
-    const QString made = WriteFixtures::makeFixture(unwritable);
-    QVERIFY2(made.isEmpty(), qPrintable(made));
-    const QString third = copyOfJpeg(u"third.jpg"_s);
-    const QStringList paths = {first, unwritable, third};
-    const QByteArray unwritableBefore = WriteFixtures::fileHash(unwritable);
-
-    QList<ConsolidatedWrite> writes;
-    auto results = std::make_shared<QList<QPair<QString, bool>>>();
-    for (const QString &path : paths) {
-        const QString name = QFileInfo(path).fileName();
-        MetadataStorage::shared().store(path, MetadataSource::Basic, u"size"_s, staleSize);
-        auto handler = [results, name](bool success) {
-            results->append({name, success});
-        };
-        writes.append({path,
-                       FileNode::create(name, path, name),
-                       {u"City"_s, u"Lisboa"_s},
-                       {handler, handler}});
-    }
-
-    m_presenter.alerts.clear();
-    OperationQueue queue(u"test"_s, 1);
-    auto operation
-        = std::make_shared<WriteOperation>(writes, WriteEngine::shared().weak_from_this());
-    QCOMPARE(operation->totalFileCount(), 3);
-    queue.addOperation(operation);
-    QVERIFY(TestSupport::waitUntil([&] { return results->size() == 6; }, 30000));
-    QVERIFY(TestSupport::waitUntil([&] { return !m_presenter.alerts.isEmpty(); }));
-    QTest::qWait(100);
-
-    const QList<QPair<QString, bool>> expected
-        = {{u"first.jpg"_s, true},  {u"first.jpg"_s, true}, {u"sound.wav"_s, false},
-           {u"sound.wav"_s, false}, {u"third.jpg"_s, true}, {u"third.jpg"_s, true}};
-    QCOMPARE(*results, expected);
-    QCOMPARE(storedSize(first), QFileInfo(first).size());
-    QCOMPARE(storedSize(third), QFileInfo(third).size());
-    QCOMPARE(storedSize(unwritable), staleSize);
-    QCOMPARE(WriteFixtures::fileHash(unwritable), unwritableBefore);
-    QCOMPARE(WriteFixtures::numericValues(third).value(u"IPTC:City"_s).toString(), u"Lisboa"_s);
-
-    QCOMPARE(m_presenter.alerts.size(), 1);
-    const Alert &alert = m_presenter.alerts.first();
-    QCOMPARE(alert.title, u"Some files could not be modified"_s);
-    QVERIFY2(alert.text.startsWith(u"sound.wav: "_s), qPrintable(alert.text));
-    QVERIFY(alert.text.size() > u"sound.wav: "_s.size());
-    QCOMPARE(alert.buttons, QStringList {u"OK"_s});
-    QCOMPARE(operation->currentFileIndex(), 2);
-    QCOMPARE(operation->currentFilePath(), std::optional(third));
 }
 
 // With the engine gone the files are still written and their handlers told; nothing is
