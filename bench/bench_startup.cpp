@@ -133,12 +133,22 @@ int main(int argc, char *argv[])
     delegate.openFilesOnceWindowIsPainted({folder.path()});
 
     double painted = -1, ready = -1;
+    bool watchingWindow = false;
     int ticks = 0;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &app, [&] {
         if (painted < 0) {
-            if (delegate.mainWindow && delegate.mainWindow->hasBeenPainted())
-                painted = processAge();
+            // The window tells of its first paint on the next turn, before the work it holds
+            // back for it: the poll alone would see it only once that work lets the loop turn.
+            if (!watchingWindow && delegate.mainWindow) {
+                watchingWindow = true;
+                if (delegate.mainWindow->hasBeenPainted())
+                    painted = processAge();
+                else
+                    QObject::connect(
+                        delegate.mainWindow.get(), &MainWindow::firstPainted, &app,
+                        [&] { painted = processAge(); }, Qt::SingleShotConnection);
+            }
             return;
         }
         // Looking at every file costs the main thread; ten times a second is precise enough
