@@ -143,24 +143,20 @@ int main(int argc, char *argv[])
     delegate.openFilesOnceWindowIsPainted({folder.path()});
 
     double painted = -1, ready = -1;
-    bool watchingWindow = false;
+    // The window tells of its first paint on the next turn, before the work it holds back for
+    // it: a poll would see the paint only once that work lets the loop turn. The window is made
+    // and shown by the launch's first callbacks; this one comes after them.
+    delegate.willFinishLaunchingCallbackList.append(
+        [&](SmartAppDelegate &, const AppNotification &) {
+            QObject::connect(
+                delegate.mainWindow.get(), &MainWindow::firstPainted, &app,
+                [&] { painted = processAge(); }, Qt::SingleShotConnection);
+        });
     int ticks = 0;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &app, [&] {
-        if (painted < 0) {
-            // The window tells of its first paint on the next turn, before the work it holds
-            // back for it: the poll alone would see it only once that work lets the loop turn.
-            if (!watchingWindow && delegate.mainWindow) {
-                watchingWindow = true;
-                if (delegate.mainWindow->hasBeenPainted())
-                    painted = processAge();
-                else
-                    QObject::connect(
-                        delegate.mainWindow.get(), &MainWindow::firstPainted, &app,
-                        [&] { painted = processAge(); }, Qt::SingleShotConnection);
-            }
+        if (painted < 0)
             return;
-        }
         // Looking at every file costs the main thread; ten times a second is precise enough
         // and leaves the machine to the reads being measured.
         if (++ticks % 20 != 0)
