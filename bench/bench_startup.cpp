@@ -32,6 +32,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <ctime>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -84,6 +85,15 @@ double treeResidentMegabytes()
     return double(total) / 1024.0;
 }
 
+// The processor time of the calling thread: on a loaded machine the wall time of a select-all
+// says more about the other programs than about this one.
+double threadCpuMilliseconds()
+{
+    timespec now {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
 double batchSeconds(const QString &folder)
 {
     QStringList arguments = {u"-j"_s, u"-n"_s, u"-fast"_s, u"-r"_s, u"-api"_s, u"geolocation=1"_s};
@@ -133,14 +143,20 @@ int main(int argc, char *argv[])
     delegate.openFilesOnceWindowIsPainted({folder.path()});
 
     double painted = -1, ready = -1;
+    // The window tells of its first paint on the next turn, before the work it holds back for
+    // it: a poll would see the paint only once that work lets the loop turn. The window is made
+    // and shown by the launch's first callbacks; this one comes after them.
+    delegate.willFinishLaunchingCallbackList.append(
+        [&](SmartAppDelegate &, const AppNotification &) {
+            QObject::connect(
+                delegate.mainWindow.get(), &MainWindow::firstPainted, &app,
+                [&] { painted = processAge(); }, Qt::SingleShotConnection);
+        });
     int ticks = 0;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, &app, [&] {
-        if (painted < 0) {
-            if (delegate.mainWindow && delegate.mainWindow->hasBeenPainted())
-                painted = processAge();
+        if (painted < 0)
             return;
-        }
         // Looking at every file costs the main thread; ten times a second is precise enough
         // and leaves the machine to the reads being measured.
         if (++ticks % 20 != 0)
@@ -174,10 +190,12 @@ int main(int argc, char *argv[])
     QTableView *table
         = delegate.mainWindow->mainContentViewController->previewTableViewController->tableView;
     QElapsedTimer selectTimer;
+    const double selectCpuStart = threadCpuMilliseconds();
     selectTimer.start();
     table->selectAll();
     QCoreApplication::processEvents();
     const double selectAllMs = double(selectTimer.nsecsElapsed()) / 1e6;
+    const double selectAllCpuMs = threadCpuMilliseconds() - selectCpuStart;
     if (delegate.dataModel->selectedNodes().size() != count)
         std::fprintf(stderr, "bench_startup: select-all selected %lld rows\n",
                      qlonglong(delegate.dataModel->selectedNodes().size()));
@@ -191,8 +209,8 @@ int main(int argc, char *argv[])
         = loadAverage.open(QIODevice::ReadOnly) ? loadAverage.readAll().trimmed() : "?";
     std::printf("%d files, load average %s\n", count, load.constData());
     std::printf("window %.0f ms, ready %.0f ms, batch exiftool %.0f ms, memory %.0f MB, "
-                "select all %.0f ms\n",
-                windowMs, readyMs, batch * 1000, residentMb, selectAllMs);
+                "select all %.0f ms (%.0f ms of the main thread's processor time)\n",
+                windowMs, readyMs, batch * 1000, residentMb, selectAllMs, selectAllCpuMs);
     std::printf("RESULT window_ms=%.0f ready_10k_ms=%.0f ready_vs_batch=%.2f rss_mb=%.0f "
                 "select_all_ms=%.0f\n",
                 windowMs, readyMs, readyMs / (batch * 1000), residentMb, selectAllMs);

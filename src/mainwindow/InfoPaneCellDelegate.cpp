@@ -6,11 +6,28 @@
 #include <QApplication>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int horizontalInset = 6;
 
 } // namespace
+
+QString InfoPaneCellDelegate::elidedToWidth(const QFontMetrics &metrics, const QString &text,
+                                            int width)
+{
+    // A value combined over thousands of files can run to megabytes, and eliding lays out the
+    // whole text. Hardly a character is narrower than a pixel, so a cell shows no more characters
+    // than it is wide: only those are laid out, with the ellipsis that the rest earns.
+    const qsizetype shown = std::max(width, 0) + 1;
+    if (text.size() <= shown)
+        return metrics.elidedText(text, Qt::ElideRight, width);
+    qsizetype cut = shown;
+    if (text.at(cut - 1).isHighSurrogate())
+        --cut;
+    return metrics.elidedText(text.left(cut) + QChar(0x2026), Qt::ElideRight, width);
+}
 
 QFont InfoPaneCellDelegate::miniFont(const QFont &base)
 {
@@ -46,8 +63,7 @@ void InfoPaneCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
         const QFontMetrics miniMetrics(mini);
         const int abbreviationWidth
             = abbreviation.isEmpty() ? 0 : miniMetrics.horizontalAdvance(abbreviation) + 5;
-        const QString title
-            = metrics.elidedText(text, Qt::ElideRight, rect.width() - abbreviationWidth);
+        const QString title = elidedToWidth(metrics, text, rect.width() - abbreviationWidth);
         painter->drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, title);
         if (!abbreviation.isEmpty()) {
             // On the title's baseline, just after it.
@@ -67,7 +83,7 @@ void InfoPaneCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
                 DataAvailabilityCellState::Tint::SystemOrange, palette);
         painter->setPen(color);
         painter->drawText(rect, Qt::AlignLeft | Qt::AlignVCenter,
-                          metrics.elidedText(text, Qt::ElideRight, rect.width()));
+                          elidedToWidth(metrics, text, rect.width()));
     }
     painter->restore();
 }

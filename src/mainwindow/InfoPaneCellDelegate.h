@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFontMetrics>
 #include <QStyledItemDelegate>
 
 // Draws the info pane's two cells: the tag's name with its group's abbreviation in grey and a
@@ -16,4 +17,6 @@ public:
                const QModelIndex &index) const override;
 
     static QFont miniFont(const QFont &base);
+    // The text elided to the width, laying out no more of it than can be seen.
+    static QString elidedToWidth(const QFontMetrics &metrics, const QString &text, int width);
 };

@@ -36,13 +36,12 @@ void InfoPaneValueCell::createInitialValueRequest()
     if (m_newestIsReady)
         return;
     // Stays told of the nodes still being read, so that a value read again later (after a
-    // write) is shown too.
-    for (const NodePtr &node : nodes) {
-        if (node->getDisplayString(valueKey).kind() == DisplayStringWrapper::Kind::Waiting) {
-            node->addDataObserver(shared_from_this(), valueKey);
-            m_observedNodes.append(node);
-        }
-    }
+    // write) is shown too. The request has just found them: a second look at every node would
+    // cost a selection of thousands as much again.
+    const std::shared_ptr<InfoPaneValueCell> self = shared_from_this();
+    m_observedNodes = requests.last().request->observedNodes();
+    for (const NodePtr &node : std::as_const(m_observedNodes))
+        node->addDataObserver(self, valueKey);
 }
 
 void InfoPaneValueCell::startRequest()

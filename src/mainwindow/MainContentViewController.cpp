@@ -398,14 +398,22 @@ void MainContentViewController::setupMapListeners()
 {
     // The one map view. The delegate follows the selection itself and reaches the tables
     // through MainContentViewing; the window moves the view between the walls of the tab shown.
+    // Its page waits for createMapPage(), so that the web engine starts after the first paint.
     if (!m_mapDelegate)
         return;
     MapWebView::Options options;
     options.online = MapWebView::onlineSetting();
-    auto *map = new MapWidget(m_dataModel, *m_mapDelegate, options, Geocoder::shared());
+    auto *map = new MapWidget(m_dataModel, *m_mapDelegate, options, Geocoder::shared(), nullptr,
+                              MapWidget::PageCreation::onRequest);
     map->setObjectName(QStringLiteral("mapView"));
     map->setPinController(pinAndStepperController.get());
     setMapView(map);
+}
+
+void MainContentViewController::createMapPage()
+{
+    if (MapWidget *map = mapWidget())
+        map->createPage();
 }
 
 MapWidget *MainContentViewController::mapWidget() const

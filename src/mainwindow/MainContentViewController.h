@@ -59,6 +59,8 @@ public:
     QWidget *mapView() const { return m_mapView; }
     // The map made over the map delegate; null without one.
     MapWidget *mapWidget() const;
+    // Makes the map's page; the window calls it once it has been painted.
+    void createMapPage();
 
     // The open panel: files and folders, several of each; the choice is an interactive add.
     void addSource();

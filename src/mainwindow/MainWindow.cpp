@@ -91,6 +91,12 @@ MainWindow::MainWindow(DataModel &dataModel, std::shared_ptr<OutputEngine> outpu
             return index->second.value(path);
         });
     installEventFilter(this);
+    // The map's web engine takes about a second to start: it starts once the window is on
+    // screen, after the files given at start have gone to the scan. The map's tab is never the
+    // one shown before then, since the window waits for data until a list has been read.
+    connect(
+        this, &MainWindow::firstPainted, this,
+        [this] { mainContentViewController->createMapPage(); }, Qt::QueuedConnection);
     // 1280 by 800 where the screen allows it, never larger than the screen.
     QSize size(1280, 800);
     if (const QScreen *screen = QGuiApplication::primaryScreen())

@@ -20,35 +20,51 @@ constexpr int floatingMargin = 8;
 } // namespace
 
 MapWidget::MapWidget(DataModel &model, MapDelegate &delegate, MapWebView::Options options,
-                     Geocoder &geocoder, QWidget *parent)
+                     Geocoder &geocoder, QWidget *parent, PageCreation pageCreation)
     : QWidget(parent)
     , m_model(model)
     , m_delegate(delegate)
+    , m_options(std::move(options))
     , m_overlay(std::make_unique<MapOverlay>(model, delegate))
     , m_search(std::make_unique<MapSearch>(delegate, geocoder))
 {
     setMinimumSize(320, 240);
-    m_mapView = new MapWebView(delegate, options, this);
     m_overlayView = new MapOverlayView(*m_overlay, delegate, this);
     m_modeToolbar = new MapModeToolbar(*m_overlay, this);
     m_zoomToolbar = new MapZoomToolbar(model, delegate, this);
     m_searchField = new MapSearchField(*m_search, this);
-    m_zoomToolbar->onlineButton()->setChecked(options.online);
+    m_zoomToolbar->onlineButton()->setChecked(m_options.online);
     connect(m_zoomToolbar, &MapZoomToolbar::onlineToggled, this, [this](bool online) {
-        m_mapView->setOnline(online);
+        m_options.online = online;
+        if (m_mapView)
+            m_mapView->setOnline(online);
         UserDefaults::standard().setObject(online, MapWebView::onlineSettingKey());
     });
 
-    delegate.setMapView(m_mapView);
     MapOverlay *overlay = m_overlay.get();
     delegate.setOverlayModeSource([overlay] { return overlay->overlayMode(); });
+    if (pageCreation == PageCreation::now)
+        createPage();
     placeFloatingViews();
+}
+
+void MapWidget::createPage()
+{
+    if (m_mapView)
+        return;
+    m_mapView = new MapWebView(m_delegate, m_options, this);
+    m_mapView->setGeometry(rect());
+    // Under the overlay and the floating views, which were there first.
+    m_mapView->lower();
+    m_mapView->show();
+    // The delegate kept its markers meanwhile and hands the page the whole scene.
+    m_delegate.setMapView(m_mapView);
 }
 
 MapWidget::~MapWidget()
 {
     m_delegate.setOverlayModeSource(nullptr);
-    if (m_delegate.mapView() == m_mapView)
+    if (m_mapView && m_delegate.mapView() == m_mapView)
         m_delegate.setMapView(nullptr);
     // The views listen to the overlay and the search, which go before the children would.
     delete std::exchange(m_searchField, nullptr);
@@ -108,9 +124,10 @@ void MapWidget::childEvent(QChildEvent *event)
 void MapWidget::placeFloatingViews()
 {
     // Children come one by one while the widget is being made.
-    if (!m_mapView || !m_overlayView || !m_modeToolbar || !m_zoomToolbar || !m_searchField)
+    if (!m_overlayView || !m_modeToolbar || !m_zoomToolbar || !m_searchField)
         return;
-    m_mapView->setGeometry(rect());
+    if (m_mapView)
+        m_mapView->setGeometry(rect());
     m_overlayView->setGeometry(rect());
     int left = floatingMargin;
     int right = width() - floatingMargin;

@@ -29,6 +29,8 @@ public:
     CombinedValuesWrapper combinedDisplayStringWrapper(const QString &key) const;
     void update(MetadataSource source) override;
     void terminate();
+    // The nodes whose value was still being read when the request started, while it waits.
+    const QList<NodePtr> &observedNodes() const { return m_observedNodes; }
 
     const QList<NodePtr> nodes;
     const QString key;

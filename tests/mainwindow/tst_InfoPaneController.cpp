@@ -1,4 +1,5 @@
 #include "commons/ApplicationStart.h"
+#include "mainwindow/InfoPaneCellDelegate.h"
 #include "mainwindow/InfoPaneController.h"
 #include "mainwindow/InfoPaneDataSource.h"
 #include "metadata/DataCoordinator.h"
@@ -26,6 +27,8 @@ private slots:
     void valuesCombineOverTheSelection();
     void xmpRowsFollowTheSelection();
     void fileReadLaterShowsItsXMPRows();
+    void longValuesElideAsAWholeTextWould_data();
+    void longValuesElideAsAWholeTextWould();
     void cleanupTestCase();
 
 private:
@@ -153,6 +156,30 @@ void tst_InfoPaneController::fileReadLaterShowsItsXMPRows()
     QVERIFY(TestSupport::waitUntil(
         [&] { return forgotten->hasBeenRead(MetadataSource::ExifToolGeneric); }));
     QCOMPARE(m_model->selectedNodes(), (QList<NodePtr> {later, m_paris}));
+}
+
+void tst_InfoPaneController::longValuesElideAsAWholeTextWould_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("width");
+    QStringList names;
+    for (int i = 0; i < 5000; ++i)
+        names << u"IMG_%1.jpg"_s.arg(i);
+    const QString many = u"Multiple Values: ( "_s + names.join(u", "_s) + u" )"_s;
+    QTest::newRow("short, fits") << u"Paris"_s << 300;
+    QTest::newRow("many names") << many << 300;
+    QTest::newRow("many names, narrow") << many << 12;
+    // The cut must not split a character outside the basic plane.
+    QTest::newRow("astral characters") << QString(u"\U0001F30D"_s).repeated(4000) << 200;
+}
+
+void tst_InfoPaneController::longValuesElideAsAWholeTextWould()
+{
+    QFETCH(QString, text);
+    QFETCH(int, width);
+    const QFontMetrics metrics(m_pane->tableView->font());
+    QCOMPARE(InfoPaneCellDelegate::elidedToWidth(metrics, text, width),
+             metrics.elidedText(text, Qt::ElideRight, width));
 }
 
 QTEST_MAIN(tst_InfoPaneController)
