@@ -95,7 +95,7 @@ void DataCoordinator::retrieveInformation(const Node &node, MetadataSource sourc
     }
 }
 
-void DataCoordinator::invalidateData(const NodePtr &node, std::function<void()> whenReread)
+void DataCoordinator::invalidateData(const NodePtr &node)
 {
     MetadataStorage &storage = MetadataStorage::shared();
     const QString &path = node->absolutePath;
@@ -113,14 +113,9 @@ void DataCoordinator::invalidateData(const NodePtr &node, std::function<void()> 
         std::lock_guard lock(m_rereadsMutex);
         const auto queued = m_queuedRereads.find(path);
         if (queued != m_queuedRereads.end()) {
-            queued->sources |= sources;
-            if (whenReread)
-                queued->whenReread << std::move(whenReread);
+            *queued |= sources;
         } else {
-            QueuedReread reread {sources, {}};
-            if (whenReread)
-                reread.whenReread << std::move(whenReread);
-            m_queuedRereads.insert(path, std::move(reread));
+            m_queuedRereads.insert(path, sources);
             if (m_outstandingRereads[path]++ == 0)
                 FileOperationLock::shared().beginMetadataRetrieval(path);
             queueReread = true;
@@ -141,7 +136,7 @@ void DataCoordinator::invalidateData(const NodePtr &node, std::function<void()> 
     });
 }
 
-DataCoordinator::QueuedReread DataCoordinator::rereadStarting(const QString &path)
+DataCoordinator::SourceSet DataCoordinator::rereadStarting(const QString &path)
 {
     std::lock_guard lock(m_rereadsMutex);
     return m_queuedRereads.take(path);

@@ -38,10 +38,7 @@ public:
     // observers are told on the main thread. From this call until the re-read is over, the file
     // is marked in FileOperationLock, which holds its next write back. A re-read that has not
     // started yet serves any further invalidation of the file.
-    // whenReread, if given, runs on the main thread once a re-read begun after this call is
-    // over and the node's observers have been told: a write's completion handlers wait for it,
-    // so that what they show is what the file now holds.
-    void invalidateData(const NodePtr &node, std::function<void()> whenReread = {});
+    void invalidateData(const NodePtr &node);
 
     // The synchronous read of the operation class that serves the source.
     static void retrieveInformation(const Node &node, MetadataSource source);
@@ -69,15 +66,9 @@ private:
     {
         return SourceSet(1) << int(source);
     }
-    // A re-read waiting in the queue: what it reads, and who waits for its end.
-    struct QueuedReread
-    {
-        SourceSet sources = 0;
-        QList<std::function<void()>> whenReread;
-    };
     // The re-read of the path starts: the sources it is to read. Later invalidations queue a
     // re-read of their own.
-    QueuedReread rereadStarting(const QString &path);
+    SourceSet rereadStarting(const QString &path);
     // The re-read of the path is over; the last one outstanding releases the file for writing.
     void rereadFinished(const QString &path);
 
@@ -91,6 +82,6 @@ private:
     // Owned by m_rereadsMutex: re-reads queued and not started, by path, with their sources; and
     // the count of re-reads queued or running per path, which holds the file's mark in
     // FileOperationLock from the first to the last.
-    QHash<QString, QueuedReread> m_queuedRereads;
+    QHash<QString, SourceSet> m_queuedRereads;
     QHash<QString, int> m_outstandingRereads;
 };

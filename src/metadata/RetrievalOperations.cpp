@@ -4,7 +4,6 @@
 #include "MetadataStorage.h"
 #include "platform/ByteCountFormatter.h"
 #include "platform/FileAttributes.h"
-#include "platform/MainQueue.h"
 #include "session/Node.h"
 
 #include <QFile>
@@ -128,8 +127,7 @@ void RereadOperation::main()
 {
     DataCoordinator &coordinator = DataCoordinator::shared();
     const QString &path = node->absolutePath;
-    const DataCoordinator::QueuedReread reread = coordinator.rereadStarting(path);
-    const DataCoordinator::SourceSet sources = reread.sources;
+    const DataCoordinator::SourceSet sources = coordinator.rereadStarting(path);
     // Anything stored since the invalidation came from a read that may have seen the file
     // before it changed.
     MetadataStorage::shared().removeAllValues(path);
@@ -140,11 +138,4 @@ void RereadOperation::main()
             DataCoordinator::retrieveInformation(*node, source);
     }
     coordinator.rereadFinished(path);
-    // After the observers' notifications, which went to the main queue before.
-    if (!reread.whenReread.isEmpty()) {
-        MainQueue::post([callbacks = reread.whenReread] {
-            for (const std::function<void()> &callback : callbacks)
-                callback();
-        });
-    }
 }

@@ -47,13 +47,8 @@ void DirectPendingWriteSink::write(const PendingWrite &pending)
     }
     MainQueue::post([pending, success] {
         // The store is refreshed only once the file holds the new values.
-        if (success && pending.node) {
-            DataCoordinator::shared().invalidateData(pending.node, [pending] {
-                if (pending.completionHandler)
-                    pending.completionHandler(true);
-            });
-            return;
-        }
+        if (success && pending.node)
+            DataCoordinator::shared().invalidateData(pending.node);
         if (pending.completionHandler)
             pending.completionHandler(success);
     });

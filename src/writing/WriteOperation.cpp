@@ -98,23 +98,18 @@ void WriteOperation::reportResult(const ConsolidatedWrite &write, bool success,
                                   const std::weak_ptr<WriteEngine> &engine)
 {
     MainQueue::post([write, success, errorMessage, engine] {
-        const auto completed = [handlers = write.completionHandlers, success] {
-            for (const std::function<void(bool)> &handler : handlers)
-                handler(success);
-        };
         if (success) {
             NodePtr node = write.node;
             if (!node) {
                 const QString name = QFileInfo(write.filePath).fileName();
                 node = FileNode::create(name, write.filePath, name);
             }
-            // The handlers re-announce the selection; the views must find the new values then.
-            DataCoordinator::shared().invalidateData(node, completed);
-            return;
-        }
-        if (std::shared_ptr<WriteEngine> liveEngine = engine.lock())
+            DataCoordinator::shared().invalidateData(node);
+        } else if (std::shared_ptr<WriteEngine> liveEngine = engine.lock()) {
             liveEngine->recordFailure(write.filePath,
                                       errorMessage.value_or(QStringLiteral("Unknown error")));
-        completed();
+        }
+        for (const std::function<void(bool)> &handler : write.completionHandlers)
+            handler(success);
     });
 }
