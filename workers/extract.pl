@@ -103,7 +103,8 @@ for my $entry (splitList($ENV{EXIFTOOL_INCLUDE_TAGS}), splitList($ENV{EXIFTOOL_I
 my @requestTags = (
     (map { defined $$_{group} ? "$$_{group}:$$_{tag}" : $$_{tag} } @wanted),
     qw(GPSLatitude GPSLongitude GPSLatitudeRef GPSLongitudeRef GPSAltitude GPSAltitudeRef),
-    qw(GPSCoordinates City Province-State Sub-location Country-PrimaryLocationName),
+    qw(GPSCoordinates LocationInformation),
+    qw(City Province-State Sub-location Country-PrimaryLocationName),
     qw(State Country Location XMP),
 );
 
@@ -221,6 +222,17 @@ sub quickTimeCoordinates
         my $text = valueText($entry, 1);
         my @parts = defined $text ? split(' ', $text) : ();
         return @parts if @parts >= 2 && $$entry{group0} eq 'QuickTime';
+    }
+    # Last, a 3GPP location box (what ffmpeg and 3GP recorders write): ExifTool's composite
+    # position decodes it.
+    if (findTag($found, 'LocationInformation', inGroup0('QuickTime'))) {
+        my $composite = inGroup0('Composite');
+        # The box holds 16.16 fixed-point numbers, which ExifTool prints with trailing zeros.
+        my @parts = map { my $text = valueText(findTag($found, $_, $composite), 1);
+                          defined $text && $text =~ /^\s*[-+]?[\d.]+\s*$/ ? $text + 0 : undef }
+            qw(GPSLatitude GPSLongitude GPSAltitude);
+        pop @parts unless defined $parts[2];
+        return @parts if defined $parts[0] && defined $parts[1];
     }
     return ();
 }

@@ -125,6 +125,9 @@ void tst_ExtractWorker::initTestCase()
         "</title></svg>\n");
     m_files[u"mp4"_s] = Fixtures::makeVideo(dir, u"location.mp4"_s);
     Fixtures::writeTags(m_files[u"mp4"_s], {u"-UserData:GPSCoordinates=-33.8688, -70.6693"_s});
+    // ffmpeg stores a position given as ISO 6709 text in a 3GPP location box only.
+    m_files[u"mp4-loci"_s]
+        = Fixtures::makeVideo(dir, u"loci.mp4"_s, {u"-metadata"_s, u"location=-33.875-070.625/"_s});
     m_files[u"mov"_s] = Fixtures::makeVideo(dir, u"location.mov"_s);
     Fixtures::writeTags(m_files[u"mov"_s], {u"-Keys:GPSCoordinates=48.8583, 2.2944, 35"_s});
     m_files[u"m4a"_s] = Fixtures::makeAudio(dir, u"sound.m4a"_s, {u"-metadata"_s, u"track=3/12"_s});
@@ -224,6 +227,8 @@ void tst_ExtractWorker::keys_data()
         << u"mp4"_s
         << expect("GPSLatitude#=-33.8688|GPSLongitude#=-70.6693|!GPSLatitudeRef|"
                   "!GPSLongitudeRef|GeolocationCountry=Chile");
+    QTest::newRow("MP4, 3GPP location box")
+        << u"mp4-loci"_s << expect("GPSLatitude#=-33.875|GPSLongitude#=-70.625|!GPSLatitudeRef");
     QTest::newRow("MOV, Keys location with altitude")
         << u"mov"_s
         << expect("GPSLatitude#=48.8583|GPSLongitude#=2.2944|GPSAltitude#=35|"
