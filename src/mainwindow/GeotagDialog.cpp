@@ -1,6 +1,7 @@
 #include "GeotagDialog.h"
 
 #include "MapWebView.h"
+#include "MapZoomButtons.h"
 #include "bricks/Assembly.h"
 #include "bricks/SymbolIcons.h"
 #include "bricks/ViewTree.h"
@@ -270,6 +271,7 @@ QWidget *GeotagDialog::buildMap()
     m_map = new MapWebView(options, panel);
     m_map->setObjectName(u"geotagMap"_s);
     m_map->setMinimumSize(240, 200);
+    new MapZoomButtons(*m_map, m_map);
     column->addWidget(m_map, 1);
     connect(m_map, &MapWebView::clicked, this, &GeotagDialog::mapClicked);
 

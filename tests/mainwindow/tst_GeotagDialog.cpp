@@ -21,7 +21,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QWebEnginePage>
+
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -193,6 +196,18 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
     for (const GeotagMapContent::Landing &landing : dialog->mapContent().landings())
         QVERIFY(
             QRect(0, 0, map->width(), map->height()).contains(mapPoint(map, landing.coordinate)));
+
+    // The zoom buttons step the map; a click while the last step is still animating counts too.
+    const double fitted = map->viewState().zoom;
+    const auto pageShowsZoom = [&](double zoom) {
+        return std::fabs(pageOverlays(map).value(u"zoom"_s).toDouble() - zoom) < 0.01;
+    };
+    QVERIFY(TestSupport::waitUntil([&] { return pageShowsZoom(fitted); }, 10000));
+    QTest::mouseClick(map->findChild<QToolButton *>(u"zoomInButton"_s), Qt::LeftButton);
+    QTest::qWait(100);
+    QTest::mouseClick(map->findChild<QToolButton *>(u"zoomOutButton"_s), Qt::LeftButton);
+    QTest::qWait(600);
+    QVERIFY(TestSupport::waitUntil([&] { return pageShowsZoom(fitted); }, 10000));
 
     // A row highlights its dot; a click on a dot selects its row.
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {},

@@ -483,12 +483,13 @@
     }
 
     // What the overlays hold, for the application's tests: each line's number of vertices,
-    // each landing point's place, the highlighted one and its radius.
+    // each landing point's place, the highlighted one and its radius, and the zoom shown.
     window.palometOverlays = () => ({
         segments: trackLines.map((line) => line.getLatLngs().length),
         landings: landingMarkers.map((marker) => [marker.getLatLng().lat, marker.getLatLng().lng, marker.palometTitle]),
         highlighted: highlightedLanding,
         highlightedRadius: landingMarkers[highlightedLanding] ? landingMarkers[highlightedLanding].getRadius() : 0,
+        zoom: map.getZoom(),
     });
 
     // ---- Talking to the application
@@ -551,11 +552,28 @@
         bridge.landingsChanged.connect(showLandings);
         bridge.landingHighlighted.connect(highlightLanding);
         bridge.placingChanged.connect((placing) => container.classList.toggle('palomet-placing', placing));
-        bridge.viewRequested.connect((latitude, longitude, zoom, animated) => {
+        // Leaflet ignores a zoom asked for while a zoom animation runs, so a second click on
+        // a zoom button would be lost: the newest request waits for the animation's end.
+        let zooming = false;
+        let waitingView = null;
+        const requestView = (latitude, longitude, zoom, animated) => {
+            if (zooming) {
+                waitingView = [latitude, longitude, zoom, animated];
+                return;
+            }
             map.setView([latitude, longitude], zoom, { animate: animated });
             if (!animated)
                 requestDraw();
+        };
+        map.on('zoomanim', () => { zooming = true; });
+        map.on('zoomend moveend', () => {
+            zooming = false;
+            const view = waitingView;
+            waitingView = null;
+            if (view)
+                requestView(...view);
         });
+        bridge.viewRequested.connect(requestView);
         if (baseLayer)
             bridge.baseLayerChanged(baseLayer);
         bridge.pageReady(map.getSize().x, map.getSize().y);
