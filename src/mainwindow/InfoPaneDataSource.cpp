@@ -61,6 +61,21 @@ InfoPaneValueCell &InfoPaneDataSource::valueCell(int row) const
     return *cell;
 }
 
+QString InfoPaneDataSource::toolTipText(const QString &value)
+{
+    constexpr qsizetype limit = 1000;
+    if (value.size() <= limit)
+        return value;
+    qsizetype cut = limit;
+    if (value.at(cut - 1).isHighSurrogate())
+        --cut;
+    // A cut between two values reads better than one inside a name, unless it loses too much.
+    const qsizetype comma = value.lastIndexOf(QLatin1String(", "), cut - 2);
+    if (comma >= limit / 2)
+        return value.left(comma) + QStringLiteral(", …");
+    return value.left(cut) + QStringLiteral("…");
+}
+
 QVariant InfoPaneDataSource::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= m_columnIDs.size())
@@ -91,7 +106,7 @@ QVariant InfoPaneDataSource::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         return cell.text().value_or(QCoreApplication::translate("InfoPane", "waiting…"));
     case Qt::ToolTipRole:
-        return cell.text() && !cell.isNoValue() ? *cell.text() : QVariant();
+        return cell.text() && !cell.isNoValue() ? toolTipText(*cell.text()) : QVariant();
     case IsPlaceholderRole:
         return !cell.text() || cell.isNoValue();
     case IsDivergentRole:

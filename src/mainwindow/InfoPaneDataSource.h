@@ -32,6 +32,10 @@ public:
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
 
+    // A value's tool tip: whole up to a few lines, then cut after a value (or a character) with
+    // an ellipsis. A selection's thousands of values would make a tip taller than the screen.
+    static QString toolTipText(const QString &value);
+
 private:
     InfoPaneValueCell &valueCell(int row) const;
     void dropCells();

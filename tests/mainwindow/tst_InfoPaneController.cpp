@@ -29,6 +29,8 @@ private slots:
     void fileReadLaterShowsItsXMPRows();
     void longValuesElideAsAWholeTextWould_data();
     void longValuesElideAsAWholeTextWould();
+    void toolTipsStopAfterAFewLines_data();
+    void toolTipsStopAfterAFewLines();
     void cleanupTestCase();
 
 private:
@@ -180,6 +182,30 @@ void tst_InfoPaneController::longValuesElideAsAWholeTextWould()
     const QFontMetrics metrics(m_pane->tableView->font());
     QCOMPARE(InfoPaneCellDelegate::elidedToWidth(metrics, text, width),
              metrics.elidedText(text, Qt::ElideRight, width));
+}
+
+void tst_InfoPaneController::toolTipsStopAfterAFewLines_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("expected");
+    QStringList names;
+    for (int i = 0; i < 5000; ++i)
+        names << u"IMG_%1.jpg"_s.arg(i, 4, 10, QChar(u'0'));
+    const QString many = u"Multiple Values: ( "_s + names.join(u", "_s) + u" )"_s;
+    // "Multiple Values: ( " is 19 characters, each name and its comma 14: 70 names fit in 1,000.
+    QTest::newRow("short stays whole") << u"Paris"_s << u"Paris"_s;
+    QTest::newRow("many values, cut after one")
+        << many << u"Multiple Values: ( "_s + names.mid(0, 70).join(u", "_s) + u", …"_s;
+    QTest::newRow("one long value, no pair split")
+        << u"a"_s + QString(u"\U0001F30D"_s).repeated(600)
+        << u"a"_s + QString(u"\U0001F30D"_s).repeated(499) + u"…"_s;
+}
+
+void tst_InfoPaneController::toolTipsStopAfterAFewLines()
+{
+    QFETCH(QString, value);
+    QFETCH(QString, expected);
+    QCOMPARE(InfoPaneDataSource::toolTipText(value), expected);
 }
 
 QTEST_MAIN(tst_InfoPaneController)
