@@ -197,17 +197,34 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
         QVERIFY(
             QRect(0, 0, map->width(), map->height()).contains(mapPoint(map, landing.coordinate)));
 
-    // The zoom buttons step the map; a click while the last step is still animating counts too.
+    // The zoom buttons step the map; a click while the last step is still animating counts too:
+    // the page ends on one level more, then back on the fitted one.
     const double fitted = map->viewState().zoom;
-    const auto pageShowsZoom = [&](double zoom) {
-        return std::fabs(pageOverlays(map).value(u"zoom"_s).toDouble() - zoom) < 0.01;
+    const auto zoomLevels = [&](const QString &kind) {
+        QList<double> zooms;
+        for (const QVariant &zoom : pageOverlays(map).value(kind).toList())
+            zooms << zoom.toDouble();
+        return zooms;
     };
-    QVERIFY(TestSupport::waitUntil([&] { return pageShowsZoom(fitted); }, 10000));
+    const auto zoomEnds = [&] {
+        return zoomLevels(u"zoomEnds"_s);
+    };
+    const qsizetype startsBefore = zoomLevels(u"zoomStarts"_s).size();
+    const qsizetype zoomsBefore = zoomEnds().size();
     QTest::mouseClick(map->findChild<QToolButton *>(u"zoomInButton"_s), Qt::LeftButton);
-    QTest::qWait(100);
+    QVERIFY(TestSupport::waitUntil(
+        [&] { return zoomLevels(u"zoomStarts"_s).size() > startsBefore; }, 10000));
     QTest::mouseClick(map->findChild<QToolButton *>(u"zoomOutButton"_s), Qt::LeftButton);
-    QTest::qWait(600);
-    QVERIFY(TestSupport::waitUntil([&] { return pageShowsZoom(fitted); }, 10000));
+    QList<double> zooms;
+    QVERIFY(TestSupport::waitUntil(
+        [&] {
+            zooms = zoomEnds().mid(zoomsBefore);
+            return zooms.size() >= 2 && std::fabs(map->viewState().zoom - fitted) < 0.01;
+        },
+        10000));
+    QCOMPARE(zooms.size(), 2);
+    QVERIFY(std::fabs(zooms[0] - (fitted + 1.0)) < 0.01);
+    QVERIFY(std::fabs(zooms[1] - fitted) < 0.01);
 
     // A row highlights its dot; a click on a dot selects its row.
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {},

@@ -482,14 +482,22 @@
         landingMarkers.forEach((marker, index) => marker.setStyle(landingStyle(index === highlightedLanding)));
     }
 
+    // The levels of every zoom animation started and of every zoom ended, in order: the tests
+    // tell a lost request by them.
+    const zoomStarts = [];
+    const zoomEnds = [];
+    map.on('zoomanim', (event) => zoomStarts.push(event.zoom));
+    map.on('zoomend', () => zoomEnds.push(map.getZoom()));
+
     // What the overlays hold, for the application's tests: each line's number of vertices,
-    // each landing point's place, the highlighted one and its radius, and the zoom shown.
+    // each landing point's place, the highlighted one and its radius, and the zoom levels.
     window.palometOverlays = () => ({
         segments: trackLines.map((line) => line.getLatLngs().length),
         landings: landingMarkers.map((marker) => [marker.getLatLng().lat, marker.getLatLng().lng, marker.palometTitle]),
         highlighted: highlightedLanding,
         highlightedRadius: landingMarkers[highlightedLanding] ? landingMarkers[highlightedLanding].getRadius() : 0,
-        zoom: map.getZoom(),
+        zoomStarts: zoomStarts,
+        zoomEnds: zoomEnds,
     });
 
     // ---- Talking to the application
