@@ -10,10 +10,33 @@
 
 using namespace Qt::StringLiterals;
 
+GeotagMapContent::GeotagMapContent(QList<QList<Coordinate2D>> segments, QList<Landing> landings)
+    : m_segments(std::move(segments))
+    , m_landings(std::move(landings))
+{
+    std::optional<double> previous;
+    double west = std::numeric_limits<double>::infinity(), east = -west;
+    for (QList<Coordinate2D> &segment : m_segments) {
+        for (Coordinate2D &coordinate : segment) {
+            if (previous)
+                coordinate.longitude = MapGeometry::longitudeNear(coordinate.longitude, *previous);
+            previous = coordinate.longitude;
+            west = std::min(west, coordinate.longitude);
+            east = std::max(east, coordinate.longitude);
+        }
+    }
+    if (m_landings.isEmpty())
+        return;
+    const double reference
+        = previous ? (west + east) / 2.0 : m_landings.first().coordinate.longitude;
+    for (Landing &landing : m_landings)
+        landing.coordinate.longitude
+            = MapGeometry::longitudeNear(landing.coordinate.longitude, reference);
+}
+
 GeotagMapContent GeotagMapContent::of(const GeotagController &controller)
 {
-    GeotagMapContent content;
-    content.m_segments = controller.trackSegments();
+    QList<Landing> landings;
     const QList<GeotagController::Item> &preview = controller.preview();
     for (qsizetype i = 0; i < preview.size(); ++i) {
         const GeotagController::Item &item = preview[i];
@@ -22,10 +45,10 @@ GeotagMapContent GeotagMapContent::of(const GeotagController &controller)
         const QString name = item.node->name.isEmpty()
             ? QFileInfo(item.node->absolutePath).fileName()
             : item.node->name;
-        content.m_landings.append(
+        landings.append(
             {int(i), item.placement.coordinate, name, takenText(item, controller.timeZone())});
     }
-    return content;
+    return GeotagMapContent(controller.trackSegments(), std::move(landings));
 }
 
 int GeotagMapContent::landingOfPreviewIndex(int previewIndex) const

@@ -25,6 +25,11 @@ public:
         QString taken; // when it was taken, as the list shows it
     };
 
+    GeotagMapContent() = default;
+    // Longitudes are made continuous: a track across the 180th meridian runs on past ±180
+    // instead of jumping round the world, and each landing point joins the track's side, so
+    // that the page draws the line short and the bounds frame it narrow.
+    GeotagMapContent(QList<QList<Coordinate2D>> segments, QList<Landing> landings);
     static GeotagMapContent of(const GeotagController &controller);
 
     const QList<QList<Coordinate2D>> &segments() const { return m_segments; }
