@@ -216,12 +216,22 @@ void tst_GeotagDialog::previewThenApplyWritesThePositions()
         [&] { return zoomLevels(u"zoomStarts"_s).size() > startsBefore; }, 10000));
     QTest::mouseClick(map->findChild<QToolButton *>(u"zoomOutButton"_s), Qt::LeftButton);
     QList<double> zooms;
-    QVERIFY(TestSupport::waitUntil(
+    const bool stepped = TestSupport::waitUntil(
         [&] {
             zooms = zoomEnds().mid(zoomsBefore);
             return zooms.size() >= 2 && std::fabs(map->viewState().zoom - fitted) < 0.01;
         },
-        10000));
+        30000);
+    const auto listed = [](const QList<double> &levels) {
+        QStringList texts;
+        for (double level : levels)
+            texts << QString::number(level);
+        return texts.join(u' ');
+    };
+    QVERIFY2(stepped,
+             qPrintable(u"fitted %1, shown %2, zoom steps started: %3; ended: %4"_s.arg(fitted)
+                            .arg(map->viewState().zoom)
+                            .arg(listed(zoomLevels(u"zoomStarts"_s)), listed(zoomEnds()))));
     QCOMPARE(zooms.size(), 2);
     QVERIFY(std::fabs(zooms[0] - (fitted + 1.0)) < 0.01);
     QVERIFY(std::fabs(zooms[1] - fitted) < 0.01);

@@ -502,8 +502,32 @@
 
     // ---- Talking to the application
 
+    // Leaflet ignores a zoom asked for while a zoom animation runs (its own _animatingZoom is
+    // what it checks), so a quick second click on a zoom button would be lost: the newest
+    // request waits for the animation's end. The view is not reported meanwhile, so that the
+    // application never takes a passing state for the one it asked for.
+    let waitingView = null;
+    const zoomAnimating = () => !!map._animatingZoom;
+
+    function requestView(latitude, longitude, zoom, animated) {
+        if (zoomAnimating()) {
+            waitingView = [latitude, longitude, zoom, animated];
+            return;
+        }
+        map.setView([latitude, longitude], zoom, { animate: animated });
+        if (!animated)
+            requestDraw();
+    }
+
+    map.on('zoomend', () => {
+        const view = waitingView;
+        waitingView = null;
+        if (view)
+            requestView(...view);
+    });
+
     function reportView() {
-        if (!bridge)
+        if (!bridge || zoomAnimating() || waitingView)
             return;
         const center = map.getCenter();
         const size = map.getSize();
@@ -560,27 +584,6 @@
         bridge.landingsChanged.connect(showLandings);
         bridge.landingHighlighted.connect(highlightLanding);
         bridge.placingChanged.connect((placing) => container.classList.toggle('palomet-placing', placing));
-        // Leaflet ignores a zoom asked for while a zoom animation runs, so a second click on
-        // a zoom button would be lost: the newest request waits for the animation's end.
-        let zooming = false;
-        let waitingView = null;
-        const requestView = (latitude, longitude, zoom, animated) => {
-            if (zooming) {
-                waitingView = [latitude, longitude, zoom, animated];
-                return;
-            }
-            map.setView([latitude, longitude], zoom, { animate: animated });
-            if (!animated)
-                requestDraw();
-        };
-        map.on('zoomanim', () => { zooming = true; });
-        map.on('zoomend moveend', () => {
-            zooming = false;
-            const view = waitingView;
-            waitingView = null;
-            if (view)
-                requestView(...view);
-        });
         bridge.viewRequested.connect(requestView);
         if (baseLayer)
             bridge.baseLayerChanged(baseLayer);
