@@ -1,5 +1,7 @@
 #include "MapFloatingBar.h"
 
+#include "MapSymbols.h"
+
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QToolButton>
@@ -41,4 +43,15 @@ QToolButton *MapFloatingBar::addButton(const QIcon &icon, const QString &label,
         button->setText(label);
     layout()->addWidget(button);
     return button;
+}
+
+void MapFloatingBar::addZoomButtons(const std::function<void(double)> &zoomBy)
+{
+    using namespace Qt::StringLiterals;
+    m_zoomOut = addButton(MapSymbols::icon(u"minus"_s, {}, u"zoom-out"_s), tr("Zoom Out"),
+                          tr("Zoom out"), u"zoomOutButton"_s);
+    m_zoomIn = addButton(MapSymbols::icon(u"plus"_s, {}, u"zoom-in"_s), tr("Zoom In"),
+                         tr("Zoom in"), u"zoomInButton"_s);
+    connect(m_zoomOut, &QToolButton::clicked, this, [zoomBy] { zoomBy(-1.0); });
+    connect(m_zoomIn, &QToolButton::clicked, this, [zoomBy] { zoomBy(1.0); });
 }

@@ -14,17 +14,9 @@ public:
     // The map widget is the bar's parent; the view is the same map, as its controller sees it.
     MapZoomButtons(MapView &view, QWidget *map);
 
-    QToolButton *zoomInButton() const { return m_zoomIn; }
-    QToolButton *zoomOutButton() const { return m_zoomOut; }
-
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    void zoomBy(double steps);
     void place();
-
-    MapView &m_view;
-    QToolButton *m_zoomOut;
-    QToolButton *m_zoomIn;
 };

@@ -13,23 +13,17 @@ using namespace Qt::StringLiterals;
 MapZoomToolbar::MapZoomToolbar(DataModel &model, MapDelegate &delegate, QWidget *parent)
     : MapFloatingBar(parent)
     , m_model(model)
-    , m_delegate(delegate)
-    , m_zoomOut(addButton(MapSymbols::icon(u"minus"_s, {}, u"zoom-out"_s), tr("Zoom Out"),
-                          tr("Zoom out"), u"zoomOutButton"_s))
-    , m_zoomIn(addButton(MapSymbols::icon(u"plus"_s, {}, u"zoom-in"_s), tr("Zoom In"),
-                         tr("Zoom in"), u"zoomInButton"_s))
-    , m_previousPin(addButton(MapSymbols::icon(u"chevron.backward"_s, {}, u"go-previous"_s),
-                              tr("previous pin"), tr("Previous pin"), u"prevPinButton"_s))
-    , m_nextPin(addButton(MapSymbols::icon(u"chevron.forward"_s, {}, u"go-next"_s), tr("next pin"),
-                          tr("Next pin"), u"nextPinButton"_s))
-    , m_online(addButton(MapSymbols::globe(), tr("Online Map"),
+{
+    addZoomButtons(delegate);
+    m_previousPin = addButton(MapSymbols::icon(u"chevron.backward"_s, {}, u"go-previous"_s),
+                              tr("previous pin"), tr("Previous pin"), u"prevPinButton"_s);
+    m_nextPin = addButton(MapSymbols::icon(u"chevron.forward"_s, {}, u"go-next"_s), tr("next pin"),
+                          tr("Next pin"), u"nextPinButton"_s);
+    m_online = addButton(MapSymbols::globe(), tr("Online Map"),
                          tr("Show OpenStreetMap's map, loaded from the internet; when off, the "
                             "map shows country shapes only"),
-                         u"onlineMapButton"_s))
-{
+                         u"onlineMapButton"_s);
     m_online->setCheckable(true);
-    connect(m_zoomOut, &QToolButton::clicked, this, [this] { zoomBy(-1.0); });
-    connect(m_zoomIn, &QToolButton::clicked, this, [this] { zoomBy(1.0); });
     connect(m_previousPin, &QToolButton::clicked, this, [this] {
         if (m_pins)
             m_pins->selectPreviousPin();
@@ -51,13 +45,6 @@ MapZoomToolbar::MapZoomToolbar(DataModel &model, MapDelegate &delegate, QWidget 
             self->updatePinButtons();
     });
     updatePinButtons();
-}
-
-void MapZoomToolbar::zoomBy(double steps)
-{
-    MapViewState state = m_delegate.viewState();
-    state.zoom = MapGeometry::clampedZoom(state.zoom + steps);
-    m_delegate.setViewState(state, true);
 }
 
 void MapZoomToolbar::updatePinButtons()

@@ -16,8 +16,6 @@ public:
 
     // The pins step through the window's controller, which also centres the map on them.
     void setPinController(PinAndStepperController *controller) { m_pins = controller; }
-    QToolButton *zoomInButton() const { return m_zoomIn; }
-    QToolButton *zoomOutButton() const { return m_zoomOut; }
     QToolButton *previousPinButton() const { return m_previousPin; }
     QToolButton *nextPinButton() const { return m_nextPin; }
     QToolButton *onlineButton() const { return m_online; }
@@ -26,15 +24,11 @@ signals:
     void onlineToggled(bool online);
 
 private:
-    void zoomBy(double steps);
     void updatePinButtons();
 
     DataModel &m_model;
-    MapDelegate &m_delegate;
     PinAndStepperController *m_pins = nullptr;
-    QToolButton *m_zoomOut;
-    QToolButton *m_zoomIn;
-    QToolButton *m_previousPin;
-    QToolButton *m_nextPin;
-    QToolButton *m_online;
+    QToolButton *m_previousPin = nullptr;
+    QToolButton *m_nextPin = nullptr;
+    QToolButton *m_online = nullptr;
 };

@@ -42,11 +42,8 @@ GeotagMapContent GeotagMapContent::of(const GeotagController &controller)
         const GeotagController::Item &item = preview[i];
         if (!item.placed())
             continue;
-        const QString name = item.node->name.isEmpty()
-            ? QFileInfo(item.node->absolutePath).fileName()
-            : item.node->name;
-        landings.append(
-            {int(i), item.placement.coordinate, name, takenText(item, controller.timeZone())});
+        landings.append({int(i), item.placement.coordinate, displayName(*item.node),
+                         takenText(item, controller.timeZone())});
     }
     return GeotagMapContent(controller.trackSegments(), std::move(landings));
 }

@@ -63,6 +63,8 @@ private:
     // ExifTool's own reading of the file's position, numeric.
     static QString position(const QString &path);
     void clickRow(int row, Qt::KeyboardModifiers modifiers = {});
+    // Waits until the map has a marker with a position for each of the two files.
+    bool bothFilesStandOnTheMap() const;
 
     QTemporaryDir m_folder;
     QStringList m_files;
@@ -107,6 +109,17 @@ QString tst_MainWindow::position(const QString &path)
     return QStringLiteral("%1, %2")
         .arg(tags.value(u"GPSLatitude"_qs).toDouble(), 0, 'f', 4)
         .arg(tags.value(u"GPSLongitude"_qs).toDouble(), 0, 'f', 4);
+}
+
+bool tst_MainWindow::bothFilesStandOnTheMap() const
+{
+    const MapDelegate &map = *m_delegate->mapDelegate;
+    return TestSupport::waitUntil([&] {
+        const QList<MapDelegate::Marker> markers = map.markers();
+        return markers.size() == 2
+            && std::all_of(markers.cbegin(), markers.cend(),
+                           [](const MapDelegate::Marker &m) { return m.coordinate.has_value(); });
+    });
 }
 
 void tst_MainWindow::clickRow(int row, Qt::KeyboardModifiers modifiers)
@@ -213,13 +226,7 @@ void tst_MainWindow::editOfTwoSelectedRowsReachesBothFiles()
     QVERIFY(TestSupport::waitUntil([&] { return statusText().startsWith(u"Ready."_qs); }));
     QVERIFY(m_alerts.alerts.isEmpty());
     // The re-read files stand on the map.
-    MapDelegate &map = *m_delegate->mapDelegate;
-    QVERIFY(TestSupport::waitUntil([&] {
-        const QList<MapDelegate::Marker> markers = map.markers();
-        return markers.size() == 2
-            && std::all_of(markers.cbegin(), markers.cend(),
-                           [](const MapDelegate::Marker &m) { return m.coordinate.has_value(); });
-    }));
+    QVERIFY(bothFilesStandOnTheMap());
 }
 
 void tst_MainWindow::undoAndRedoFromTheEditMenu()
@@ -228,29 +235,25 @@ void tst_MainWindow::undoAndRedoFromTheEditMenu()
     auto *undo = window.findChild<QAction *>(u"undo"_qs);
     auto *redo = window.findChild<QAction *>(u"redo"_qs);
     QVERIFY(undo && redo);
-    QVERIFY(TestSupport::waitUntil([&] { return undo->isEnabled(); }));
-    QCOMPARE(undo->text(), u"&Undo GPS on 2 Files"_qs);
-    undo->trigger();
-    QVERIFY(
-        TestSupport::waitUntil([&] { return !WriteEngine::shared().hasPendingWrites(); }, 60000));
-    for (const QString &file : std::as_const(m_files))
-        QCOMPARE(position(file), u"none"_qs);
-    QVERIFY(TestSupport::waitUntil([&] { return redo->isEnabled(); }));
-    QCOMPARE(redo->text(), u"&Redo GPS on 2 Files"_qs);
-    redo->trigger();
-    QVERIFY(
-        TestSupport::waitUntil([&] { return !WriteEngine::shared().hasPendingWrites(); }, 60000));
-    for (const QString &file : std::as_const(m_files))
-        QCOMPARE(position(file), u"48.8584, 2.2945"_qs);
+    // Undo takes both files back to no position, redo puts the written one back.
+    const struct
+    {
+        QAction *action;
+        QString text, position;
+    } steps[] = {{undo, u"&Undo GPS on 2 Files"_qs, u"none"_qs},
+                 {redo, u"&Redo GPS on 2 Files"_qs, u"48.8584, 2.2945"_qs}};
+    for (const auto &step : steps) {
+        QVERIFY(TestSupport::waitUntil([&] { return step.action->isEnabled(); }));
+        QCOMPARE(step.action->text(), step.text);
+        step.action->trigger();
+        QVERIFY(TestSupport::waitUntil([] { return !WriteEngine::shared().hasPendingWrites(); },
+                                       60000));
+        for (const QString &file : std::as_const(m_files))
+            QCOMPARE(position(file), step.position);
+    }
     QVERIFY(m_alerts.alerts.isEmpty());
     // The window follows: the files are read again and stand on the map once more.
-    MapDelegate &map = *m_delegate->mapDelegate;
-    QVERIFY(TestSupport::waitUntil([&] {
-        const QList<MapDelegate::Marker> markers = map.markers();
-        return markers.size() == 2
-            && std::all_of(markers.cbegin(), markers.cend(),
-                           [](const MapDelegate::Marker &m) { return m.coordinate.has_value(); });
-    }));
+    QVERIFY(bothFilesStandOnTheMap());
 }
 
 void tst_MainWindow::rubberBandOnTheMapSelectsRows()
