@@ -13,10 +13,11 @@ public:
     using QObject::QObject;
 
     Q_INVOKABLE void pageReady(double width, double height) { emit pageDidLoad(width, height); }
+    // request: the last view request the page had taken when it reported.
     Q_INVOKABLE void viewChanged(double latitude, double longitude, double zoom, double width,
-                                 double height)
+                                 double height, double request)
     {
-        emit viewDidChange(latitude, longitude, zoom, width, height);
+        emit viewDidChange(latitude, longitude, zoom, width, height, quint64(request));
     }
     Q_INVOKABLE void clicked(double x, double y) { emit pageClicked(x, y); }
     Q_INVOKABLE void painted(double sequence) { emit scenePainted(quint64(sequence)); }
@@ -26,7 +27,9 @@ signals:
     // To the page.
     void settingsChanged(const QString &json);
     void sceneChanged(const QString &json);
-    void viewRequested(double latitude, double longitude, double zoom, bool animated);
+    // Numbered, so that a report the page sent before it took the request can be told.
+    void viewRequested(double latitude, double longitude, double zoom, bool animated,
+                       double request);
     // A track's lines, [[[lat, lon], ...], ...], and the landing points over them,
     // [[lat, lon, name, taken], ...], of which one may be highlighted (-1 for none).
     void trackChanged(const QString &json);
@@ -36,7 +39,8 @@ signals:
 
     // From the page.
     void pageDidLoad(double width, double height);
-    void viewDidChange(double latitude, double longitude, double zoom, double width, double height);
+    void viewDidChange(double latitude, double longitude, double zoom, double width, double height,
+                       quint64 request);
     void pageClicked(double x, double y);
     void scenePainted(quint64 sequence);
     void baseLayerDidChange(const QString &name);

@@ -195,8 +195,7 @@ MapWebView::MapWebView(Options options, QWidget *parent)
         m_state.width = w;
         m_state.height = h;
         sendSettings();
-        emit m_bridge->viewRequested(m_state.center.latitude, m_state.center.longitude,
-                                     m_state.zoom, false);
+        requestView(false);
         if (m_delegate)
             m_delegate->viewStateDidChange(m_state);
         if (!m_pendingScene.isEmpty())
@@ -205,7 +204,11 @@ MapWebView::MapWebView(Options options, QWidget *parent)
         emit pageReady();
     });
     connect(m_bridge, &MapPageBridge::viewDidChange, this,
-            [this](double latitude, double longitude, double zoom, double w, double h) {
+            [this](double latitude, double longitude, double zoom, double w, double h,
+                   quint64 request) {
+                // Sent before the page took the newest request: the state asked for stands.
+                if (request < m_viewRequest)
+                    return;
                 const MapViewState reported {{latitude, longitude}, zoom, w, h};
                 // The page rounds to whole pixels; a change below one is no change.
                 const QPointF shift = MapGeometry::pointForCoordinate(m_state, reported.center)
@@ -245,8 +248,13 @@ void MapWebView::setViewState(const MapViewState &state, bool animated)
     m_state.center = state.center;
     m_state.zoom = MapGeometry::clampedZoom(state.zoom);
     if (m_pageReady)
-        emit m_bridge->viewRequested(m_state.center.latitude, m_state.center.longitude,
-                                     m_state.zoom, animated);
+        requestView(animated);
+}
+
+void MapWebView::requestView(bool animated)
+{
+    emit m_bridge->viewRequested(m_state.center.latitude, m_state.center.longitude, m_state.zoom,
+                                 animated, double(++m_viewRequest));
 }
 
 QString MapWebView::sceneJson(const MapScene &scene)

@@ -78,12 +78,16 @@ protected:
 
 private:
     void sendSettings();
+    // Asks the page for m_state's camera.
+    void requestView(bool animated);
     void sendOverlays();
 
     MapDelegate *m_delegate = nullptr;
     Options m_options;
     MapPageBridge *m_bridge;
     MapViewState m_state;
+    // The number of the last view request sent to the page.
+    quint64 m_viewRequest = 0;
     bool m_pageReady = false;
     quint64 m_paintedSequence = 0;
     QString m_baseLayer;

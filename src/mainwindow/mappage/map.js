@@ -508,10 +508,14 @@
     // application never takes a passing state for the one it asked for.
     let waitingView = null;
     const zoomAnimating = () => !!map._animatingZoom;
+    // The number of the last view request taken: each report carries it, so that the
+    // application can tell a report sent before its newest request from one sent after.
+    let viewRequest = 0;
 
-    function requestView(latitude, longitude, zoom, animated) {
+    function requestView(latitude, longitude, zoom, animated, request) {
+        viewRequest = Math.max(viewRequest, request);
         if (zoomAnimating()) {
-            waitingView = [latitude, longitude, zoom, animated];
+            waitingView = [latitude, longitude, zoom, animated, request];
             return;
         }
         map.setView([latitude, longitude], zoom, { animate: animated });
@@ -531,7 +535,7 @@
             return;
         const center = map.getCenter();
         const size = map.getSize();
-        bridge.viewChanged(center.lat, center.lng, map.getZoom(), size.x, size.y);
+        bridge.viewChanged(center.lat, center.lng, map.getZoom(), size.x, size.y, viewRequest);
     }
 
     function applySettings(settings) {
